@@ -1,0 +1,15 @@
+# One place for the compiler flags every target of the project shares.
+add_library(engine_options INTERFACE)
+target_compile_options(engine_options INTERFACE -Wall -Wextra)
+if(ENGINE_WERROR)
+  target_compile_options(engine_options INTERFACE -Werror)
+endif()
+if(WIN32)
+  # The DLL and the host carry their runtime so that Wine and a bare Windows need nothing else.
+  target_compile_definitions(engine_options INTERFACE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0601)
+  target_link_options(engine_options INTERFACE -static-libgcc -static-libstdc++ -static)
+endif()
+if(ENGINE_SANITIZE AND NOT WIN32)
+  target_compile_options(engine_options INTERFACE -fsanitize=${ENGINE_SANITIZE} -fno-omit-frame-pointer)
+  target_link_options(engine_options INTERFACE -fsanitize=${ENGINE_SANITIZE})
+endif()

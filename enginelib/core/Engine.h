@@ -1,0 +1,63 @@
+// The object that carries one run: DoInstall, DoUninstall and the query exports make one on the
+// stack, use it and destroy it.
+#pragma once
+
+#include "core/CStdStringList.h"
+#include "os/OsTypes.h"
+
+#include <memory>
+
+class IniFile;
+class IpcTransfer;
+
+class Engine {
+public:
+    static constexpr const char* kVersion = "14.0.12.0";
+    static constexpr const char* kVersionBanner = "14.0.12.0 (Rev 3599)";
+
+    // Copies its arguments and reads nothing.
+    Engine(os::Module instance, const CStdStr& script, const CStdStr& variables,
+           const CStdStr& outFile);
+    ~Engine();
+    Engine(const Engine&) = delete;
+    Engine& operator=(const Engine&) = delete;
+
+    // Brings the engine from nothing to a loaded script, an open log and a set language.
+    bool Initialize(bool uninstall);
+    bool IsScriptValid(const CStdStr& script, bool uninstall);
+    static bool InitializeNLS(const CStdStr& language);
+
+    bool Install();
+    bool Uninstall();
+
+    // Whether a component can be installed here; the reason stands in the status text.
+    bool IsComponentInstallable(const CStdStr& component);
+    // The models of a package, and the drivers, level and data of one model.
+    bool GetAllModels(const CStdStr& script, CStdStringList& models);
+    bool GetModelStats(const CStdStr& model, const class OSInfo& os, int& nwLevel,
+                       CStdStringList& drivers, CStdStr& info);
+
+    void SetIpcTransfer(IpcTransfer* transfer) { mIpcTransfer = transfer; }
+    const CStdStr& GetComponentStatusText() const { return mComponentStatusText; }
+    IniFile* GetScript() const { return mScript.get(); }
+
+    // Compares dotted versions part by part as numbers; a version that runs out first is lower.
+    static int CompareVersions(const CStdStr& left, const CStdStr& right);
+
+private:
+    bool checkTempFolder();
+    void chooseLogFile();
+    void dumpScript(class LogScope& scope);
+    void applyVariables();
+
+    std::unique_ptr<IniFile> mScript;
+    CStdStr mScriptPath;
+    CStdStr mVariables;
+    CStdStr mOutFile;
+    IpcTransfer* mIpcTransfer = nullptr;
+    os::Module mInstance;
+    CStdStr mPackageDir;
+    CStdStr mOemName;
+    CStdStr mOemUninstaller;
+    CStdStr mComponentStatusText;
+};

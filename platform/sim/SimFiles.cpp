@@ -1,0 +1,642 @@
+// The files and folders group of the seam, over the simulated machine.
+#include "os/Files.h"
+
+#include "sim/HostFile.h"
+#include "sim/MachineCall.h"
+#include "sim/ShortNames.h"
+#include "sim/Text.h"
+
+#include <algorithm>
+#include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+namespace os {
+
+using sim::FileLock;
+using sim::HostFile;
+using sim::HostLocation;
+using sim::MachineCall;
+using sim::WindowsPath;
+
+namespace {
+
+constexpr Error kDirectoryInvalid = 267;   // ERROR_DIRECTORY
+constexpr Error kNotSameDevice = 17;       // ERROR_NOT_SAME_DEVICE
+constexpr Error kCallNotImplemented = 120; // ERROR_CALL_NOT_IMPLEMENTED
+
+// A path as one call sees it: parsed, found on the host, with its lock.
+struct Target {
+    WindowsPath path;
+    HostLocation location;
+    FileLock lock = FileLock::None;
+
+    Error Missing() const {
+        return location.parentExists ? error::FileNotFound : error::PathNotFound;
+    }
+    bool ReadOnly() const {
+        return location.exists && !location.isDirectory &&
+               (HostFile::Attributes(location.hostPath, false) & attr::ReadOnly) != 0;
+    }
+};
+
+Error Find(MachineCall& machine, const std::string& path, Target& target,
+           bool allowWildcards = false) {
+    if (!machine) {
+        return error::NotReady;
+    }
+    Error error = machine->Locate(path, target.location, allowWildcards, &target.path);
+    if (error == error::Success) {
+        target.lock = machine->LockOf(target.path);
+    }
+    return error;
+}
+
+// What another process's hold on a file does to writing, deleting and renaming it.
+Error WriteBlocked(FileLock lock) {
+    switch (lock) {
+    case FileLock::Lock:
+        return error::LockViolation;
+    case FileLock::None:
+        return error::Success;
+    default:
+        return error::SharingViolation;
+    }
+}
+
+Error DeleteBlocked(FileLock lock) {
+    return lock == FileLock::Image ? error::AccessDenied : WriteBlocked(lock);
+}
+
+Error RenameBlocked(FileLock lock) {
+    return lock == FileLock::Image ? error::Success : WriteBlocked(lock);
+}
+
+bool SameFile(const Target& a, const Target& b) {
+    return a.location.exists && b.location.exists && a.location.hostPath == b.location.hostPath;
+}
+
+// Windows' matching of a name against a pattern with "*" and "?", without regard to case.
+bool MatchPattern(const std::string& pattern, const std::string& name) {
+    if (pattern == "*" || pattern == "*.*") {
+        return true;
+    }
+    std::string p = sim::FoldName(pattern);
+    std::string n = sim::FoldName(name);
+    auto match = [](const std::string& pat, const std::string& text) {
+        size_t pi = 0, ti = 0, star = std::string::npos, mark = 0;
+        while (ti < text.size()) {
+            if (pi < pat.size() && (pat[pi] == '?' || pat[pi] == text[ti])) {
+                ++pi;
+                ++ti;
+            } else if (pi < pat.size() && pat[pi] == '*') {
+                star = pi++;
+                mark = ti;
+            } else if (star != std::string::npos) {
+                pi = star + 1;
+                ti = ++mark;
+            } else {
+                return false;
+            }
+        }
+        while (pi < pat.size() && pat[pi] == '*') {
+            ++pi;
+        }
+        return pi == pat.size();
+    };
+    // A name without an extension also answers to "name." and "name.*".
+    return match(p, n) || (n.find('.') == std::string::npos && match(p, n + "."));
+}
+
+std::vector<std::string> ListHost(const std::string& hostDir) {
+    std::vector<std::string> names;
+    if (DIR* dir = ::opendir(hostDir.c_str())) {
+        while (dirent* entry = ::readdir(dir)) {
+            std::string name = entry->d_name;
+            if (name != "." && name != "..") {
+                names.push_back(name);
+            }
+        }
+        ::closedir(dir);
+    }
+    std::sort(names.begin(), names.end(), [](const std::string& a, const std::string& b) {
+        return sim::FoldName(a) < sim::FoldName(b);
+    });
+    return names;
+}
+
+FindData Describe(MachineCall& machine, const std::string& hostPath, const std::string& name,
+                  const std::string& shortName) {
+    FindData data;
+    struct stat info;
+    bool isDirectory = ::stat(hostPath.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+    data.attributes = HostFile::Attributes(hostPath, isDirectory);
+    FileTimes times;
+    if (HostFile::Times(hostPath, times)) {
+        data.creationTime = times.creation;
+        data.lastAccessTime = times.lastAccess;
+        data.lastWriteTime = times.lastWrite;
+    }
+    data.size = isDirectory ? 0 : HostFile::Size(hostPath);
+    data.fileName = machine->ToAnsi(name);
+    data.alternateFileName = shortName == sim::FoldName(name) ? "" : machine->ToAnsi(shortName);
+    return data;
+}
+
+// Appends one operation to the list that the system carries out at its next start.
+void AddPendingRename(MachineCall& machine, const WindowsPath& from, const WindowsPath* to,
+                      bool replace) {
+    sim::RegKey* session = machine->Registry().Create(
+            "HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Control\\Session Manager");
+    std::u16string list;
+    if (const sim::RegValue* existing = session->Value("PendingFileRenameOperations")) {
+        for (size_t i = 0; i + 1 < existing->data.size(); i += 2) {
+            list += static_cast<char16_t>(existing->data[i] | (existing->data[i + 1] << 8));
+        }
+        // The list ends with one more NUL after the terminator of its last string; that closing
+        // NUL is taken off here and put back after the new pair.
+        if (list.size() >= 2 && list[list.size() - 1] == 0 && list[list.size() - 2] == 0) {
+            list.pop_back();
+        }
+    }
+    list += sim::Utf8ToUtf16("\\??\\" + from.ToString());
+    list += char16_t(0);
+    if (to != nullptr) {
+        list += sim::Utf8ToUtf16((replace ? "!\\??\\" : "\\??\\") + to->ToString());
+    }
+    list += char16_t(0); // terminator of the second name
+    list += char16_t(0); // end of the list
+    sim::RegValue value;
+    value.name = "PendingFileRenameOperations";
+    value.type = sim::regtype::MultiString;
+    for (char16_t unit : list) {
+        value.data.push_back(static_cast<std::uint8_t>(unit & 0xFF));
+        value.data.push_back(static_cast<std::uint8_t>(unit >> 8));
+    }
+    session->SetValue(value);
+    machine->Registry().SetDirty(true);
+}
+
+Error Relocate(MachineCall& machine, Target& from, Target& to, std::uint32_t flags) {
+    if (!from.location.exists) {
+        return from.Missing();
+    }
+    if (!to.location.parentExists) {
+        return error::PathNotFound;
+    }
+    if (Error blocked = RenameBlocked(from.lock)) {
+        return blocked;
+    }
+    if (SameFile(from, to) && from.path.ToString() == to.path.ToString()) {
+        return error::Success;
+    }
+    if (to.location.exists && !SameFile(from, to)) {
+        bool replace = (flags & movefile::ReplaceExisting) != 0 && !from.location.isDirectory &&
+                       !to.location.isDirectory;
+        if (!replace) {
+            return error::AlreadyExists;
+        }
+        if (to.ReadOnly()) {
+            return error::AccessDenied;
+        }
+        if (Error blocked = DeleteBlocked(to.lock)) {
+            return blocked;
+        }
+    }
+    bool otherVolume = from.path.Root() != to.path.Root();
+    if (otherVolume && (from.location.isDirectory || (flags & movefile::CopyAllowed) == 0)) {
+        return kNotSameDevice;
+    }
+    std::string target = to.location.hostPath;
+    if (to.location.exists && SameFile(from, to)) {
+        // A change of case only: the host name takes the new spelling.
+        target = to.location.hostPath.substr(0, to.location.hostPath.rfind('/') + 1) +
+                 to.path.Name();
+    }
+    Error error = HostFile::Move(from.location.hostPath, target);
+    if (error == error::Success) {
+        machine->MoveLock(from.path, to.path);
+    }
+    return error;
+}
+
+} // namespace
+
+Error GetFileAttributes(const std::string& path, std::uint32_t& attributes) {
+    MachineCall machine;
+    Target target;
+    if (Error error = Find(machine, path, target)) {
+        return error;
+    }
+    if (!target.location.exists) {
+        return target.Missing();
+    }
+    attributes = HostFile::Attributes(target.location.hostPath, target.location.isDirectory);
+    return error::Success;
+}
+
+Error SetFileAttributes(const std::string& path, std::uint32_t attributes) {
+    MachineCall machine;
+    Target target;
+    if (Error error = Find(machine, path, target)) {
+        return error;
+    }
+    if (!target.location.exists) {
+        return target.Missing();
+    }
+    return HostFile::SetAttributes(target.location.hostPath, attributes) ? error::Success
+                                                                         : error::AccessDenied;
+}
+
+Error CreateDirectory(const std::string& path) {
+    MachineCall machine;
+    Target target;
+    if (Error error = Find(machine, path, target)) {
+        return error;
+    }
+    if (target.location.exists) {
+        return error::AlreadyExists;
+    }
+    if (!target.location.parentExists || target.path.IsRoot()) {
+        return error::PathNotFound;
+    }
+    return ::mkdir(target.location.hostPath.c_str(), 0755) == 0 ? error::Success
+                                                                : HostFile::FromErrno(errno);
+}
+
+Error RemoveDirectory(const std::string& path) {
+    MachineCall machine;
+    Target target;
+    if (Error error = Find(machine, path, target)) {
+        return error;
+    }
+    if (!target.location.exists) {
+        return target.Missing();
+    }
+    if (!target.location.isDirectory) {
+        return kDirectoryInvalid;
+    }
+    // The process keeps its current folder open, so that folder cannot go.
+    WindowsPath current;
+    if (WindowsPath::Parse(machine->CurrentDirectory(), "", false, current) == error::Success &&
+        sim::FoldName(current.ToString()) == sim::FoldName(target.path.ToString())) {
+        return error::SharingViolation;
+    }
+    if (!ListHost(target.location.hostPath).empty()) {
+        return error::DirNotEmpty;
+    }
+    return ::rmdir(target.location.hostPath.c_str()) == 0 ? error::Success
+                                                          : HostFile::FromErrno(errno);
+}
+
+Error DeleteFile(const std::string& path) {
+    MachineCall machine;
+    Target target;
+    if (Error error = Find(machine, path, target)) {
+        return error;
+    }
+    if (!target.location.exists) {
+        return target.Missing();
+    }
+    if (target.location.isDirectory || target.ReadOnly()) {
+        return error::AccessDenied;
+    }
+    if (Error blocked = DeleteBlocked(target.lock)) {
+        return blocked;
+    }
+    if (::unlink(target.location.hostPath.c_str()) != 0) {
+        return HostFile::FromErrno(errno);
+    }
+    return error::Success;
+}
+
+Error CopyFile(const std::string& from, const std::string& to, bool failIfExists) {
+    MachineCall machine;
+    Target source;
+    Target destination;
+    if (Error error = Find(machine, from, source)) {
+        return error;
+    }
+    if (!source.location.exists) {
+        return source.Missing();
+    }
+    if (source.location.isDirectory) {
+        return error::AccessDenied;
+    }
+    if (source.lock == FileLock::Sharing || source.lock == FileLock::Lock) {
+        return WriteBlocked(source.lock);
+    }
+    if (Error error = Find(machine, to, destination)) {
+        return error;
+    }
+    if (!destination.location.parentExists) {
+        return error::PathNotFound;
+    }
+    if (destination.location.exists) {
+        if (SameFile(source, destination)) {
+            return error::SharingViolation;
+        }
+        if (destination.location.isDirectory || destination.ReadOnly()) {
+            return error::AccessDenied;
+        }
+        if (failIfExists) {
+            return error::FileExists;
+        }
+        if (Error blocked = WriteBlocked(destination.lock)) {
+            return blocked;
+        }
+    }
+    return HostFile::Copy(source.location.hostPath, destination.location.hostPath);
+}
+
+Error MoveFile(const std::string& from, const std::string& to) {
+    return MoveFileEx(from, to, movefile::CopyAllowed);
+}
+
+Error MoveFileEx(const std::string& from, const std::string& to, std::uint32_t flags) {
+    MachineCall machine;
+    Target source;
+    if (Error error = Find(machine, from, source)) {
+        return error;
+    }
+    if ((flags & movefile::DelayUntilReboot) != 0) {
+        if (!machine->Identity().IsNT()) {
+            return kCallNotImplemented;
+        }
+        if (to.empty()) {
+            AddPendingRename(machine, source.path, nullptr, false);
+            return error::Success;
+        }
+        Target destination;
+        if (Error error = Find(machine, to, destination)) {
+            return error;
+        }
+        AddPendingRename(machine, source.path, &destination.path,
+                         (flags & movefile::ReplaceExisting) != 0);
+        return error::Success;
+    }
+    if (to.empty()) {
+        return error::InvalidParameter;
+    }
+    Target destination;
+    if (Error error = Find(machine, to, destination)) {
+        return error;
+    }
+    return Relocate(machine, source, destination, flags);
+}
+
+Error FindFiles(const std::string& pattern, std::vector<FindData>& found) {
+    found.clear();
+    MachineCall machine;
+    Target target;
+    if (Error error = Find(machine, pattern, target, true)) {
+        return error;
+    }
+    if (target.path.IsRoot()) {
+        return error::FileNotFound;
+    }
+    const std::string& last = target.path.Name();
+    if (!sim::HasWildcard(last)) {
+        if (!target.location.exists) {
+            return target.Missing();
+        }
+        std::string shortName = last;
+        found.push_back(
+                Describe(machine, target.location.hostPath,
+                         target.location.hostPath.substr(target.location.hostPath.rfind('/') + 1),
+                         sim::FoldName(shortName)));
+        return error::Success;
+    }
+    if (!target.location.parentExists) {
+        return error::PathNotFound;
+    }
+    std::string hostDir = target.location.hostPath.substr(0, target.location.hostPath.rfind('/'));
+    if (hostDir.empty()) {
+        hostDir = "/";
+    }
+    if (!target.path.Parent().IsRoot()) {
+        for (const char* dot : {".", ".."}) {
+            if (MatchPattern(last, dot)) {
+                FindData data = Describe(machine, hostDir, dot, dot);
+                data.fileName = dot;
+                found.push_back(data);
+            }
+        }
+    }
+    std::vector<std::string> names = ListHost(hostDir);
+    for (const auto& [name, shortName] : sim::ShortNames::Of(names)) {
+        if (MatchPattern(last, name) || MatchPattern(last, shortName)) {
+            std::string hostPath = hostDir == "/" ? "/" + name : hostDir + "/" + name;
+            found.push_back(Describe(machine, hostPath, name, shortName));
+        }
+    }
+    return found.empty() ? error::FileNotFound : error::Success;
+}
+
+Error GetFileTime(const std::string& path, FileTimes& times) {
+    MachineCall machine;
+    Target target;
+    if (Error error = Find(machine, path, target)) {
+        return error;
+    }
+    if (!target.location.exists) {
+        return target.Missing();
+    }
+    return HostFile::Times(target.location.hostPath, times) ? error::Success : error::AccessDenied;
+}
+
+Error SetFileTime(const std::string& path, const FileTimes& times) {
+    MachineCall machine;
+    Target target;
+    if (Error error = Find(machine, path, target)) {
+        return error;
+    }
+    if (!target.location.exists) {
+        return target.Missing();
+    }
+    if (Error blocked = WriteBlocked(target.lock)) {
+        return blocked;
+    }
+    return HostFile::SetTimes(target.location.hostPath, times) ? error::Success
+                                                               : HostFile::FromErrno(errno);
+}
+
+Error GetFileSize(const std::string& path, std::uint64_t& size) {
+    MachineCall machine;
+    Target target;
+    if (Error error = Find(machine, path, target)) {
+        return error;
+    }
+    if (!target.location.exists) {
+        return target.Missing();
+    }
+    size = HostFile::Size(target.location.hostPath);
+    return error::Success;
+}
+
+Error GetShortPathName(const std::string& path, std::string& shortPath) {
+    MachineCall machine;
+    Target target;
+    if (Error error = Find(machine, path, target)) {
+        return error;
+    }
+    if (!target.location.exists) {
+        return target.Missing();
+    }
+    WindowsPath walk = target.path;
+    walk.parts.clear();
+    sim::HostLocation folder;
+    machine->Paths().Locate(walk, folder);
+    std::string text = walk.ToString();
+    std::string hostDir = folder.hostPath;
+    for (const std::string& part : target.path.parts) {
+        auto child = sim::PathMapper::FindChild(hostDir, part);
+        std::string name = child.value_or(part);
+        std::string shortName = name;
+        for (const auto& [longName, generated] : sim::ShortNames::Of(ListHost(hostDir))) {
+            if (longName == name) {
+                shortName = generated;
+            }
+        }
+        if (text.back() != '\\') {
+            text += '\\';
+        }
+        text += shortName;
+        hostDir += (hostDir.back() == '/' ? "" : "/") + name;
+    }
+    shortPath = machine->ToAnsi(text);
+    return error::Success;
+}
+
+Error GetLongPathName(const std::string& path, std::string& longPath) {
+    MachineCall machine;
+    Target target;
+    if (Error error = Find(machine, path, target)) {
+        return error;
+    }
+    if (!target.location.exists) {
+        return target.Missing();
+    }
+    WindowsPath walk = target.path;
+    walk.parts.clear();
+    sim::HostLocation folder;
+    machine->Paths().Locate(walk, folder);
+    std::string hostDir = folder.hostPath;
+    for (const std::string& part : target.path.parts) {
+        std::string name = sim::PathMapper::FindChild(hostDir, part).value_or(part);
+        walk.parts.push_back(name);
+        hostDir += (hostDir.back() == '/' ? "" : "/") + name;
+    }
+    longPath = machine->ToAnsi(walk.ToString());
+    return error::Success;
+}
+
+Error GetFullPathName(const std::string& path, std::string& fullPath) {
+    MachineCall machine;
+    if (!machine) {
+        return error::NotReady;
+    }
+    WindowsPath parsed;
+    if (Error error = WindowsPath::Parse(machine->ToUtf8(path), machine->CurrentDirectory(), true,
+                                         parsed)) {
+        return error;
+    }
+    fullPath = machine->ToAnsi(parsed.ToString());
+    bool trailing = !path.empty() && (path.back() == '\\' || path.back() == '/');
+    if (trailing && fullPath.back() != '\\') {
+        fullPath += '\\';
+    }
+    return error::Success;
+}
+
+Error GetTempFileName(const std::string& folder, const std::string& prefix, std::string& tempFile) {
+    MachineCall machine;
+    Target target;
+    if (Error error = Find(machine, folder, target)) {
+        return error;
+    }
+    if (!target.location.exists || !target.location.isDirectory) {
+        return kDirectoryInvalid;
+    }
+    static unsigned counter = 0;
+    unsigned start = (static_cast<unsigned>(::getpid()) + counter) % 0xFFFF;
+    for (unsigned attempt = 0; attempt < 0xFFFF; ++attempt) {
+        unsigned unique = (start + attempt) % 0xFFFF + 1;
+        char name[64];
+        std::snprintf(name, sizeof name, "%.3s%X.tmp", prefix.c_str(), unique);
+        std::string hostPath = target.location.hostPath + "/" + name;
+        if (sim::PathMapper::FindChild(target.location.hostPath, name)) {
+            continue;
+        }
+        int fd = ::open(hostPath.c_str(), O_WRONLY | O_CREAT | O_EXCL, 0644);
+        if (fd < 0) {
+            return HostFile::FromErrno(errno);
+        }
+        ::close(fd);
+        counter = attempt + 1;
+        WindowsPath result = target.path;
+        result.parts.push_back(name);
+        tempFile = machine->ToAnsi(result.ToString());
+        return error::Success;
+    }
+    return 80; // every number is taken
+}
+
+Error GetDiskFreeSpaceEx(const std::string& folder, std::uint64_t& freeBytes) {
+    MachineCall machine;
+    Target target;
+    if (Error error = Find(machine, folder, target)) {
+        return error;
+    }
+    if (!target.location.exists) {
+        return error::PathNotFound;
+    }
+    if (target.path.kind == WindowsPath::Kind::Drive && target.path.drive == 'C') {
+        freeBytes = machine->Identity().freeDiskMB * 1024ULL * 1024ULL;
+        return error::Success;
+    }
+    struct statvfs info;
+    if (::statvfs(target.location.hostPath.c_str(), &info) != 0) {
+        return HostFile::FromErrno(errno);
+    }
+    freeBytes = static_cast<std::uint64_t>(info.f_bavail) * info.f_frsize;
+    return error::Success;
+}
+
+Error fsopen(const std::string& path, const char* mode, Share, std::FILE*& stream) {
+    stream = nullptr;
+    MachineCall machine;
+    Target target;
+    if (Error error = Find(machine, path, target)) {
+        return error;
+    }
+    bool reading = mode != nullptr && mode[0] == 'r' && std::strchr(mode, '+') == nullptr;
+    if (reading) {
+        if (!target.location.exists) {
+            return target.Missing();
+        }
+        if (target.lock == FileLock::Sharing || target.lock == FileLock::Lock) {
+            return WriteBlocked(target.lock);
+        }
+    } else {
+        if (!target.location.parentExists) {
+            return error::PathNotFound;
+        }
+        if (target.location.exists && target.ReadOnly()) {
+            return error::AccessDenied;
+        }
+        if (Error blocked = WriteBlocked(target.lock)) {
+            return blocked;
+        }
+    }
+    if (target.location.isDirectory) {
+        return error::AccessDenied;
+    }
+    stream = std::fopen(target.location.hostPath.c_str(), mode);
+    return stream != nullptr ? error::Success : HostFile::FromErrno(errno);
+}
+
+} // namespace os

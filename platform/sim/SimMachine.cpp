@@ -1,0 +1,367 @@
+#include "sim/SimMachine.h"
+
+#include "sim/AtomicFile.h"
+#include "sim/IniText.h"
+#include "sim/MachinePreset.h"
+#include "sim/Text.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace sim {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::unique_ptr<SimMachine>& CurrentSlot() {
+    static std::unique_ptr<SimMachine> current;
+    return current;
+}
+
+std::string HostWorkingDirectory() {
+    std::error_code error;
+    fs::path cwd = fs::current_path(error);
+    return error ? std::string("/") : cwd.string();
+}
+
+} // namespace
+
+std::recursive_mutex& SimMachine::Lock() {
+    static std::recursive_mutex lock;
+    return lock;
+}
+
+std::string SimMachine::DefaultDirectory() {
+    const char* dataHome = std::getenv("XDG_DATA_HOME");
+    std::string base;
+    if (dataHome != nullptr && *dataHome != '\0') {
+        base = dataHome;
+    } else {
+        const char* home = std::getenv("HOME");
+        base = std::string(home != nullptr ? home : "") + "/.local/share";
+    }
+    return base + "/installcli/machine";
+}
+
+std::string SimMachine::namedDirectory() {
+    const char* named = std::getenv("ENGINE_MACHINE");
+    return named != nullptr && *named != '\0' ? std::string(named) : std::string();
+}
+
+SimMachine* SimMachine::Refresh(std::string& why) {
+    std::lock_guard<std::recursive_mutex> guard(Lock());
+    auto& current = CurrentSlot();
+    if (current) {
+        std::string named = namedDirectory();
+        std::error_code error;
+        std::string wanted = named.empty() ? DefaultDirectory() : named;
+        bool sameFolder = fs::equivalent(wanted, current->mDirectory, error) && !error;
+        if (!sameFolder || current->stateStamp() != current->mStamp) {
+            Release();
+        }
+    }
+    return Current(why);
+}
+
+std::string SimMachine::stateStamp() const {
+    std::string stamp;
+    for (const char* file :
+         {"machine.ini", "registry.reg", "faults.ini", "processes.ini", "spooler.ini"}) {
+        struct stat info;
+        if (::stat((mDirectory + "/" + file).c_str(), &info) == 0) {
+            stamp += std::to_string(info.st_size) + ":" + std::to_string(info.st_mtim.tv_sec) +
+                     "." + std::to_string(info.st_mtim.tv_nsec) + ";";
+        } else {
+            stamp += "-;";
+        }
+    }
+    return stamp;
+}
+
+SimMachine* SimMachine::Current(std::string& why) {
+    std::lock_guard<std::recursive_mutex> guard(Lock());
+    auto& current = CurrentSlot();
+    if (current) {
+        return current.get();
+    }
+    std::string named = namedDirectory();
+    std::string dir = named.empty() ? DefaultDirectory() : named;
+    if (named.empty()) {
+        std::error_code ignored;
+        if (!fs::exists(dir, ignored) && !MachinePreset::Create(dir, "win7-x64", -1, why)) {
+            why = "cannot make the default machine " + dir + ": " + why;
+            return nullptr;
+        }
+    }
+    current = Open(dir, why);
+    return current.get();
+}
+
+bool SimMachine::Activate(const std::string& hostDir, std::string& why) {
+    std::lock_guard<std::recursive_mutex> guard(Lock());
+    // The previous machine is committed first: it may be this very folder.
+    Release();
+    std::unique_ptr<SimMachine> machine = Open(hostDir, why);
+    if (!machine) {
+        return false;
+    }
+    CurrentSlot() = std::move(machine);
+    return true;
+}
+
+void SimMachine::Release() {
+    std::lock_guard<std::recursive_mutex> guard(Lock());
+    if (CurrentSlot()) {
+        CurrentSlot()->Commit();
+        CurrentSlot().reset();
+    }
+}
+
+std::unique_ptr<SimMachine> SimMachine::Open(const std::string& hostDir, std::string& why) {
+    std::unique_ptr<SimMachine> machine(new SimMachine());
+    if (!machine->load(hostDir, why)) {
+        why = "simulated machine " + hostDir + ": " + why;
+        return nullptr;
+    }
+    return machine;
+}
+
+bool SimMachine::load(const std::string& hostDir, std::string& why) {
+    std::error_code error;
+    if (!fs::is_directory(hostDir, error)) {
+        why = "the folder does not exist";
+        return false;
+    }
+    mDirectory = fs::absolute(hostDir, error).lexically_normal().string();
+    while (mDirectory.size() > 1 && mDirectory.back() == '/') {
+        mDirectory.pop_back();
+    }
+    IniText ini;
+    if (!ini.Load(mDirectory + "/machine.ini", why)) {
+        why = "machine.ini is missing or unreadable";
+        return false;
+    }
+    if (ini.FindSection("Machine") == nullptr) {
+        why = "machine.ini has no [Machine] section";
+        return false;
+    }
+    mIdentity.Read(ini);
+    if (!fs::is_directory(mDirectory + "/drive_c", error)) {
+        why = "drive_c is missing";
+        return false;
+    }
+    mPaths.SetDrive('C', mDirectory + "/drive_c");
+    mPaths.SetDrive('Z', "/");
+    if (const IniText::Section* drives = ini.FindSection("Drives")) {
+        for (const IniText::Entry& entry : drives->entries) {
+            if (entry.key.size() == 1 && std::isalpha(static_cast<unsigned char>(entry.key[0]))) {
+                fs::path root(entry.value);
+                if (root.is_relative()) {
+                    root = fs::path(mDirectory) / root;
+                }
+                mPaths.SetDrive(entry.key[0], root.lexically_normal().string());
+            }
+        }
+    }
+    if (const IniText::Section* environment = ini.FindSection("Environment")) {
+        for (const IniText::Entry& entry : environment->entries) {
+            mEnvironment.Set(entry.key, entry.value);
+        }
+    }
+    if (const IniText::Section* network = ini.FindSection("Network")) {
+        for (const IniText::Entry& entry : network->entries) {
+            fs::path folder(entry.value);
+            if (folder.is_relative()) {
+                folder = fs::path(mDirectory) / folder;
+            }
+            mNetwork[FoldName(entry.key)] = folder.lexically_normal().string();
+        }
+    }
+    if (const IniText::Section* shares = ini.FindSection("Shares")) {
+        for (const IniText::Entry& entry : shares->entries) {
+            mShares[FoldName(entry.key)] = entry.value;
+        }
+    }
+
+    std::string registryText;
+    if (!ReadWholeFile(mDirectory + "/registry.reg", registryText)) {
+        why = "registry.reg is missing or unreadable";
+        return false;
+    }
+    if (!mRegistry.Parse(registryText, CurrentUserKey(), why)) {
+        why = "registry.reg: " + why;
+        return false;
+    }
+
+    IniText faults;
+    std::string ignored;
+    if (fs::exists(mDirectory + "/faults.ini", error) &&
+        faults.Load(mDirectory + "/faults.ini", ignored)) {
+        mFaults.Read(faults, CurrentUserKey());
+        for (const auto& [path, lock] : mFaults.LockedFiles()) {
+            mLocks[path] = lock;
+        }
+    }
+    IniText state;
+    if (fs::exists(mDirectory + "/processes.ini", error) &&
+        state.Load(mDirectory + "/processes.ini", ignored)) {
+        mProcesses.Read(state);
+    }
+    IniText spooler;
+    if (fs::exists(mDirectory + "/spooler.ini", error) &&
+        spooler.Load(mDirectory + "/spooler.ini", ignored)) {
+        mSpooler.Read(spooler);
+    }
+    mCurrentDirectory = HostToMachine(HostWorkingDirectory());
+    mStamp = stateStamp();
+    return true;
+}
+
+std::string SimMachine::CurrentUserKey() const {
+    if (!mIdentity.IsNT() || mIdentity.userSid.empty()) {
+        return "HKEY_USERS\\.DEFAULT";
+    }
+    return "HKEY_USERS\\" + mIdentity.userSid;
+}
+
+os::Error SimMachine::Locate(const std::string& ansiPath, HostLocation& out, bool allowWildcards,
+                             WindowsPath* parsed) {
+    WindowsPath path;
+    os::Error error = WindowsPath::Parse(ToUtf8(ansiPath), mCurrentDirectory, allowWildcards, path);
+    if (error != os::error::Success) {
+        return error;
+    }
+    if (parsed != nullptr) {
+        *parsed = path;
+    }
+    if (path.kind == WindowsPath::Kind::Unc) {
+        return locateUnc(path, out);
+    }
+    return mPaths.Locate(path, out);
+}
+
+os::Error SimMachine::locateUnc(const WindowsPath& path, HostLocation& out) {
+    os::Error error = os::error::Success;
+    SimMachine* target = Remote(path.server, error);
+    if (target == nullptr) {
+        return error;
+    }
+    WindowsPath local;
+    std::string share = path.share;
+    if (share.size() == 2 && share[1] == '$' &&
+        std::isalpha(static_cast<unsigned char>(share[0]))) {
+        local.drive = static_cast<char>(std::toupper(static_cast<unsigned char>(share[0])));
+    } else {
+        std::string base;
+        if (EqualsNoCase(share, "ADMIN$")) {
+            base = target->mIdentity.windowsDirectory;
+        } else {
+            auto found = target->mShares.find(FoldName(share));
+            if (found == target->mShares.end()) {
+                return 67; // ERROR_BAD_NET_NAME
+            }
+            base = found->second;
+        }
+        if (WindowsPath::Parse(base, "C:\\", false, local) != os::error::Success) {
+            return 67;
+        }
+    }
+    for (const std::string& part : path.parts) {
+        local.parts.push_back(part);
+    }
+    return target->mPaths.Locate(local, out);
+}
+
+SimMachine* SimMachine::Remote(const std::string& computerName, os::Error& error) {
+    std::string name = computerName;
+    while (name.rfind("\\", 0) == 0) {
+        name.erase(0, 1);
+    }
+    if (name.empty() || NamesEqual(name, mIdentity.computerName) || NamesEqual(name, "localhost") ||
+        name == "." || name == "127.0.0.1") {
+        return this;
+    }
+    std::string key = FoldName(name);
+    auto cached = mRemotes.find(key);
+    if (cached != mRemotes.end()) {
+        return cached->second.get();
+    }
+    auto folder = mNetwork.find(key);
+    if (folder == mNetwork.end()) {
+        error = os::error::BadNetPath;
+        return nullptr;
+    }
+    std::string why;
+    std::unique_ptr<SimMachine> remote = Open(folder->second, why);
+    if (!remote) {
+        std::cerr << "engine: " << why << "\n";
+        error = os::error::BadNetPath;
+        return nullptr;
+    }
+    SimMachine* result = remote.get();
+    mRemotes[key] = std::move(remote);
+    return result;
+}
+
+FileLock SimMachine::LockOf(const WindowsPath& path) const {
+    if (mLocks.empty()) {
+        return FileLock::None;
+    }
+    auto found = mLocks.find(FoldName(path.ToString()));
+    return found == mLocks.end() ? FileLock::None : found->second;
+}
+
+void SimMachine::MoveLock(const WindowsPath& from, const WindowsPath& to) {
+    auto found = mLocks.find(FoldName(from.ToString()));
+    if (found == mLocks.end()) {
+        return;
+    }
+    FileLock lock = found->second;
+    mLocks.erase(found);
+    if (!to.parts.empty()) {
+        mLocks[FoldName(to.ToString())] = lock;
+    }
+}
+
+void SimMachine::Commit() {
+    if (mRegistry.Dirty()) {
+        std::string why;
+        if (WriteFileAtomically(mDirectory + "/registry.reg", mRegistry.Format(), why)) {
+            mRegistry.SetDirty(false);
+        } else {
+            std::cerr << "engine: cannot save the registry of " << mDirectory << ": " << why
+                      << "\n";
+        }
+    }
+    auto save = [this](const char* file, bool& dirty, auto write, const char* header) {
+        if (!dirty) {
+            return;
+        }
+        IniText ini;
+        ini.SetHeaderComment(header);
+        write(ini);
+        std::string why;
+        if (ini.Save(mDirectory + "/" + file, why)) {
+            dirty = false;
+        } else {
+            std::cerr << "engine: cannot save " << file << " of " << mDirectory << ": " << why
+                      << "\n";
+        }
+    };
+    save(
+            "processes.ini", mProcessesDirty, [this](IniText& ini) { mProcesses.Write(ini); },
+            ProcessTable::kHeader);
+    save(
+            "spooler.ini", mSpoolerDirty, [this](IniText& ini) { mSpooler.Write(ini); },
+            SpoolerState::kHeader);
+    for (auto& [name, remote] : mRemotes) {
+        remote->Commit();
+    }
+    mStamp = stateStamp();
+}
+
+} // namespace sim

@@ -1,0 +1,129 @@
+// A simulated Windows machine: a folder that holds the machine's identity (machine.ini), its
+// drive C: (drive_c/), its registry (registry.reg) and the other state that the platform seam
+// reads and changes. The Linux build of the engine runs against one such machine.
+#pragma once
+
+#include "sim/CodePage.h"
+#include "sim/Environment.h"
+#include "sim/FaultList.h"
+#include "sim/MachineIdentity.h"
+#include "sim/PathMapper.h"
+#include "sim/ProcessTable.h"
+#include "sim/RegistryStore.h"
+#include "sim/SpoolerState.h"
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace sim {
+
+class SimMachine;
+
+// A key opened through the registry group of the seam: which machine, which view of its
+// registry (the predefined root), the path below that root, and the rights it was opened with.
+struct OpenRegKey {
+    SimMachine* machine = nullptr;
+    std::uintptr_t root = 0;
+    std::string subPath; // UTF-8, no leading or trailing backslash
+    std::uint32_t access = 0;
+};
+
+class SimMachine {
+public:
+    // The machine of this process, taken at first use from ENGINE_MACHINE, or else the default
+    // machine (made as win7-x64 when it does not exist yet). Null, with the reason, when it
+    // cannot be loaded.
+    static SimMachine* Current(std::string& why);
+    // The start of an export call: when ENGINE_MACHINE now names another folder, or a state
+    // file of the machine was changed from outside since it was read, the machine is read anew.
+    // Null, with the reason, when it cannot be loaded.
+    static SimMachine* Refresh(std::string& why);
+    // Makes the machine in `hostDir` the one of this process, after committing the previous one.
+    static bool Activate(const std::string& hostDir, std::string& why);
+    // Commits and forgets the current machine; the next use loads it again.
+    static void Release();
+    // $XDG_DATA_HOME/installcli/machine, or ~/.local/share/installcli/machine.
+    static std::string DefaultDirectory();
+    static std::unique_ptr<SimMachine> Open(const std::string& hostDir, std::string& why);
+
+    // One lock serialises the seam's calls into all simulated machines of the process.
+    static std::recursive_mutex& Lock();
+
+    const std::string& Directory() const { return mDirectory; }
+    const MachineIdentity& Identity() const { return mIdentity; }
+    const CodePage& Ansi() const { return CodePage::Get(mIdentity.ansiCodePage); }
+    const CodePage& Oem() const { return CodePage::Get(mIdentity.oemCodePage); }
+    Environment& Env() { return mEnvironment; }
+    RegistryStore& Registry() { return mRegistry; }
+    const FaultList& Faults() const { return mFaults; }
+    const PathMapper& Paths() const { return mPaths; }
+    // The running programs and the spooler; call the Changed functions after a change, so that
+    // the next commit writes their files.
+    ProcessTable& Processes() { return mProcesses; }
+    SpoolerState& Spooler() { return mSpooler; }
+    void ProcessesChanged() { mProcessesDirty = true; }
+    void SpoolerChanged() { mSpoolerDirty = true; }
+
+    // The current folder of the process, as a UTF-8 machine path.
+    const std::string& CurrentDirectory() const { return mCurrentDirectory; }
+    void SetCurrentDirectory(const std::string& utf8Path) { mCurrentDirectory = utf8Path; }
+    // Where HKEY_CURRENT_USER lives in HKEY_USERS: the user's SID, or .DEFAULT on Windows 9x.
+    std::string CurrentUserKey() const;
+
+    std::string ToUtf8(const std::string& ansi) const { return Ansi().ToUtf8(ansi); }
+    std::string ToAnsi(const std::string& utf8) const { return Ansi().FromUtf8(utf8); }
+
+    // Parses an ANSI path against the current folder, and finds it on the host. UNC paths
+    // reach the machines of the [Network] section. `parsed` receives the normalised path.
+    os::Error Locate(const std::string& ansiPath, HostLocation& out, bool allowWildcards = false,
+                     WindowsPath* parsed = nullptr);
+    // The machine's own view of a host path (UTF-8).
+    std::string HostToMachine(const std::string& hostPath) const {
+        return mPaths.ToMachinePath(hostPath);
+    }
+
+    // Another machine of the network by its computer name; this machine for its own name.
+    // BadNetPath when no machine of that name is known.
+    SimMachine* Remote(const std::string& computerName, os::Error& error);
+
+    // Files held open by other processes (from faults.ini). A lock follows its file when the
+    // file is renamed, and a deleted file takes its lock with it.
+    FileLock LockOf(const WindowsPath& path) const;
+    void MoveLock(const WindowsPath& from, const WindowsPath& to);
+
+    // Keys opened through the seam, by handle. Handles of other machines' keys live here too.
+    std::map<std::uintptr_t, OpenRegKey>& OpenKeys() { return mOpenKeys; }
+
+    // Writes what changed (the registry) atomically; called at the end of every export.
+    void Commit();
+
+private:
+    SimMachine() = default;
+    bool load(const std::string& hostDir, std::string& why);
+    static std::string namedDirectory();
+    // Size and modification time of the state files, to see changes made from outside.
+    std::string stateStamp() const;
+    os::Error locateUnc(const WindowsPath& path, HostLocation& out);
+
+    std::string mDirectory;
+    MachineIdentity mIdentity;
+    Environment mEnvironment;
+    RegistryStore mRegistry;
+    FaultList mFaults;
+    PathMapper mPaths;
+    std::string mCurrentDirectory;
+    std::map<std::string, std::string> mNetwork; // folded computer name -> host folder
+    std::map<std::string, std::string> mShares;  // folded share name -> machine path
+    std::map<std::string, std::unique_ptr<SimMachine>> mRemotes;
+    std::map<std::string, FileLock> mLocks; // folded machine path -> lock
+    std::map<std::uintptr_t, OpenRegKey> mOpenKeys;
+    ProcessTable mProcesses;
+    SpoolerState mSpooler;
+    bool mProcessesDirty = false;
+    bool mSpoolerDirty = false;
+    std::string mStamp;
+};
+
+} // namespace sim

@@ -1,0 +1,162 @@
+// installcli end to end, against fresh simulated machines.
+#include "sim/MachinePreset.h"
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Result {
+    int code = -1;
+    std::string output;
+};
+
+class InstallcliTest : public ::testing::Test {
+protected:
+    fs::path root = fs::temp_directory_path() / ("installcli-" + std::to_string(::getpid()));
+
+    void SetUp() override {
+        fs::remove_all(root);
+        fs::create_directories(root / "home");
+        ::setenv("XDG_DATA_HOME", (root / "home").c_str(), 1);
+        ::unsetenv("ENGINE_MACHINE");
+    }
+    void TearDown() override { fs::remove_all(root); }
+
+    Result run(const std::string& arguments) {
+        std::string command = std::string(INSTALLCLI_PATH) + " " + arguments + " 2>&1";
+        Result result;
+        FILE* pipe = ::popen(command.c_str(), "r");
+        std::array<char, 4096> buffer;
+        size_t count = 0;
+        while ((count = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0) {
+            result.output.append(buffer.data(), count);
+        }
+        int status = ::pclose(pipe);
+        result.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        return result;
+    }
+
+    std::string machine(const std::string& preset) {
+        std::string dir = (root / preset).string();
+        Result made = run("machine create " + dir + " --os " + preset);
+        EXPECT_EQ(0, made.code) << made.output;
+        return dir;
+    }
+
+    // A package folder: Config\product.ini and a script beside it.
+    std::string package(const std::string& scriptText) {
+        fs::create_directories(root / "pkg" / "Config");
+        std::ofstream(root / "pkg" / "Config" / "product.ini") << "[GENERAL]\nLogName=e2e.log\n";
+        std::ofstream(root / "pkg" / "setup.isf") << scriptText;
+        return (root / "pkg" / "setup.isf").string();
+    }
+};
+
+TEST_F(InstallcliTest, EveryPresetMakesAMachineThatShowsItself) {
+    for (const std::string& preset : sim::MachinePreset::Names()) {
+        std::string dir = machine(preset);
+        Result shown = run("machine show " + dir);
+        EXPECT_EQ(0, shown.code) << shown.output;
+        EXPECT_NE(std::string::npos, shown.output.find("preset " + preset)) << shown.output;
+    }
+}
+
+TEST_F(InstallcliTest, ValidateAnswersWithTheExitCode) {
+    std::string dir = machine("xp");
+    std::string good = package("[Install]\nTools=1\n");
+    Result valid = run("validate --machine " + dir + " " + good);
+    EXPECT_EQ(0, valid.code) << valid.output;
+    EXPECT_NE(std::string::npos, valid.output.find("Machine: " + dir));
+    std::ofstream(root / "pkg" / "empty.isf") << "[Install]\n";
+    Result invalid = run("validate --machine " + dir + " " + (root / "pkg" / "empty.isf").string());
+    EXPECT_EQ(1, invalid.code) << invalid.output;
+    EXPECT_EQ(2, run("validate").code);
+    EXPECT_EQ(2, run("frobnicate x").code);
+    EXPECT_EQ(2, run("install --nope x").code);
+}
+
+TEST_F(InstallcliTest, InstallRunsOnTheDefaultMachineAndLogs) {
+    std::string script = package("[Version]\nScriptVersion=14.0.12.0\n[Install]\nTools=1\n");
+    Result installed = run("install " + script);
+    EXPECT_EQ(0, installed.code) << installed.output;
+    EXPECT_NE(std::string::npos, installed.output.find("Made the default machine"));
+    EXPECT_NE(std::string::npos, installed.output.find("Install finished."));
+    fs::path log = root / "home/installcli/machine/drive_c/Users/User/AppData/Local/Temp/e2e.log";
+    ASSERT_TRUE(fs::exists(log)) << installed.output;
+    std::ifstream text(log);
+    std::string content((std::istreambuf_iterator<char>(text)), std::istreambuf_iterator<char>());
+    EXPECT_NE(std::string::npos, content.find("| Installation Engine"));
+    EXPECT_NE(std::string::npos, installed.output.find("e2e.log"));
+}
+
+TEST_F(InstallcliTest, ARefusedScriptGivesExitCodeOneAndTheWordsInTheLog) {
+    std::string dir = machine("win7");
+    std::string script = package("[Install]\n");
+    fs::path log = root / "run.log";
+    Result refused = run("install --machine " + dir + " --log " + log.string() + " " + script);
+    EXPECT_EQ(1, refused.code) << refused.output;
+    std::ifstream text(log);
+    std::string content((std::istreambuf_iterator<char>(text)), std::istreambuf_iterator<char>());
+    EXPECT_NE(std::string::npos,
+              content.find("Engine::Initialize: Script file is invalid, File = Z:"));
+}
+
+TEST_F(InstallcliTest, AMissingMachineIsReportedWithoutACrash) {
+    std::string script = package("[Install]\nTools=1\n");
+    Result result = run("install --machine " + (root / "absent").string() + " " + script);
+    EXPECT_EQ(1, result.code) << result.output;
+    EXPECT_NE(std::string::npos, result.output.find("the folder does not exist")) << result.output;
+}
+
+TEST_F(InstallcliTest, TheDebugLogFollowsTheSettingsInTheMachinesRegistry) {
+    std::string dir = machine("xp");
+    std::string script = package("[Version]\nScriptVersion=14.0.12.0\n[Install]\nTools=1\n");
+    auto runWith = [&](const std::string& settings) {
+        std::ofstream(dir + "/registry.reg", std::ios::app)
+                << "\n[HKEY_LOCAL_MACHINE\\Software\\Tovar]\n"
+                << settings;
+        fs::path log = root / "settings.log";
+        fs::remove(log);
+        Result installed =
+                run("install --machine " + dir + " --log " + log.string() + " " + script);
+        EXPECT_EQ(0, installed.code) << installed.output;
+        std::ifstream text(log);
+        return std::string((std::istreambuf_iterator<char>(text)),
+                           std::istreambuf_iterator<char>());
+    };
+    std::string scoped =
+            runWith("\"Log\"=dword:40200101\n\"ExcludeTidPid\"=dword:00000001\n"
+                    "\"ExcludeTime\"=dword:00000001\n\"ExcludeComponent\"=dword:00000001\n");
+    EXPECT_EQ(0u, scoped.find("<+Engine::Initialize+>\r\n")) << scoped;
+    EXPECT_NE(std::string::npos, scoped.find("<-Engine::Install-> TickSpent: ")) << scoped;
+    EXPECT_NE(std::string::npos, scoped.find("| Current Tovar Log Value: 0X40200101"));
+    EXPECT_EQ(std::string::npos, scoped.find(" P#"));
+    std::string quiet = runWith("\"Log\"=dword:00000000\n\"ExcludeTidPid\"=dword:00000000\n");
+    EXPECT_EQ(std::string::npos, quiet.find("<+Engine::Initialize+>")) << quiet;
+    EXPECT_NE(std::string::npos, quiet.find("| Finished Installation Engine")) << quiet;
+}
+
+TEST_F(InstallcliTest, RegistryKeysAreShownAsRegQueryShowsThem) {
+    std::string dir = machine("win7-x64");
+    Result shown =
+            run("machine reg " + dir + " 'HKLM\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion'");
+    EXPECT_EQ(0, shown.code) << shown.output;
+    EXPECT_NE(std::string::npos,
+              shown.output.find("    ProgramFilesDir    REG_SZ    C:\\Program Files\n"));
+    EXPECT_NE(std::string::npos,
+              shown.output.find(
+                      "HKEY_LOCAL_"
+                      "MACHINE\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\n"));
+    EXPECT_EQ(1, run("machine reg " + dir + " 'HKLM\\Nothing\\Here'").code);
+}
+
+} // namespace

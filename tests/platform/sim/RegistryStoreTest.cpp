@@ -1,0 +1,102 @@
+#include "sim/RegistryStore.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace sim;
+
+const char* const kUser = "HKEY_USERS\\S-1-5-21-1";
+
+TEST(RegistryStore, RoundTripsEveryKindOfValue) {
+    RegistryStore store;
+    RegKey* key = store.Create("HKEY_LOCAL_MACHINE\\SOFTWARE\\Maker");
+    key->SetValue(RegValue::Text("", "default \"quoted\" C:\\path"));
+    key->SetValue(RegValue::Text("Expand", "%SystemRoot%\\x", regtype::ExpandString));
+    key->SetValue(RegValue::Number("Count", 0xDEADBEEF));
+    key->SetValue(RegValue::Multi("List", {"one", "two"}));
+    RegValue binary;
+    binary.name = "Blob";
+    binary.type = regtype::Binary;
+    binary.data.assign(100, 0xAB);
+    key->SetValue(binary);
+    key->SetValue(RegValue::Text("Lines", "a\r\nb"));
+    key->SetSecurity("D:(A;;KA;;;BA)");
+    store.Create("HKEY_USERS\\.DEFAULT\\Empty");
+
+    std::string text = store.Format();
+    EXPECT_EQ(0u, text.find("Windows Registry Editor Version 5.00\n\n"));
+    EXPECT_NE(std::string::npos, text.find("@=\"default \\\"quoted\\\" C:\\\\path\""));
+    EXPECT_NE(std::string::npos, text.find("\"Count\"=dword:deadbeef"));
+
+    RegistryStore copy;
+    std::string error;
+    ASSERT_TRUE(copy.Parse(text, kUser, error)) << error;
+    const RegKey* read = copy.Find("hkey_local_machine\\software\\MAKER");
+    ASSERT_NE(nullptr, read);
+    EXPECT_EQ("default \"quoted\" C:\\path", read->Value("")->AsText());
+    EXPECT_EQ(regtype::ExpandString, read->Value("expand")->type);
+    EXPECT_EQ("%SystemRoot%\\x", read->Value("Expand")->AsText());
+    EXPECT_EQ(key->Value("Count")->data, read->Value("Count")->data);
+    EXPECT_EQ((std::vector<std::string>{"one", "two"}), read->Value("List")->AsMulti());
+    EXPECT_EQ(binary.data, read->Value("Blob")->data);
+    EXPECT_EQ("a\r\nb", read->Value("Lines")->AsText());
+    EXPECT_EQ("D:(A;;KA;;;BA)", read->Security());
+    EXPECT_NE(nullptr, copy.Find("HKEY_USERS\\.DEFAULT\\Empty"));
+    EXPECT_EQ(text, copy.Format());
+}
+
+TEST(RegistryStore, ReadsExportsOfRegeditWithTheirShorthands) {
+    std::string utf16 = "\xFF\xFE";
+    for (char c : std::string(
+                 "Windows Registry Editor Version 5.00\r\n\r\n[HKEY_CURRENT_USER\\Software\\X]\r\n"
+                 "\"a\"=\"1\"\r\n[HKEY_CLASSES_ROOT\\.txt]\r\n@=\"txtfile\"\r\n")) {
+        utf16 += c;
+        utf16 += '\0';
+    }
+    RegistryStore store;
+    std::string error;
+    ASSERT_TRUE(store.Parse(utf16, kUser, error)) << error;
+    EXPECT_NE(nullptr, store.Find(std::string(kUser) + "\\Software\\X"));
+    EXPECT_EQ("txtfile",
+              store.Find("HKEY_LOCAL_MACHINE\\SOFTWARE\\Classes\\.txt")->Value("")->AsText());
+}
+
+TEST(RegistryStore, DeletionsOfAnImportApply) {
+    RegistryStore store;
+    std::string error;
+    ASSERT_TRUE(store.Parse(
+            "REGEDIT4\n[HKEY_LOCAL_MACHINE\\A\\B]\n\"v\"=\"1\"\n\"w\"=\"2\"\n"
+            "[-HKEY_LOCAL_MACHINE\\A\\B]\n[HKEY_LOCAL_MACHINE\\A]\n\"x\"=\"1\"\n\"x\"=-\n",
+            kUser, error))
+            << error;
+    EXPECT_EQ(nullptr, store.Find("HKEY_LOCAL_MACHINE\\A\\B"));
+    EXPECT_EQ(nullptr, store.Find("HKEY_LOCAL_MACHINE\\A")->Value("x"));
+}
+
+TEST(RegistryStore, MalformedFilesAreRefusedWithTheLine) {
+    RegistryStore store;
+    std::string error;
+    EXPECT_FALSE(store.Parse("not a registry file\n", kUser, error));
+    EXPECT_FALSE(store.Parse("REGEDIT4\n\"v\"=\"1\"\n", kUser, error));
+    EXPECT_NE(std::string::npos, error.find("line 2"));
+    EXPECT_FALSE(store.Parse("REGEDIT4\n[HKEY_LOCAL_MACHINE\\A]\n\"v\"=dword:xyz\n", kUser, error));
+    EXPECT_FALSE(store.Parse("REGEDIT4\n[HKEY_NOWHERE\\A]\n", kUser, error));
+    EXPECT_FALSE(store.Parse("REGEDIT4\n[HKEY_LOCAL_MACHINE\\A]\n\"v\"=hex(fffffffffff):00\n",
+                             kUser, error));
+}
+
+TEST(RegistryStore, NamesKeepTheSpellingOfTheirFirstWriter) {
+    RegistryStore store;
+    RegKey* key = store.Create("HKEY_LOCAL_MACHINE\\Software");
+    store.Create("HKEY_LOCAL_MACHINE\\SOFTWARE\\Sub");
+    EXPECT_EQ("Software", store.Find("HKEY_LOCAL_MACHINE\\software")->Name());
+    key->SetValue(RegValue::Number("Value", 1));
+    key->SetValue(RegValue::Number("VALUE", 2));
+    ASSERT_EQ(1u, key->Values().size());
+    EXPECT_EQ("Value", key->Values()[0].name);
+    EXPECT_TRUE(store.Remove("HKEY_LOCAL_MACHINE\\software\\SUB"));
+    EXPECT_FALSE(store.Remove("HKEY_LOCAL_MACHINE\\software\\SUB"));
+}
+
+} // namespace
