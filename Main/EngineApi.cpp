@@ -3,6 +3,7 @@
 #include "core/Engine.h"
 #include "core/IpcTransfer.h"
 #include "core/ProductIni.h"
+#include "core/RunState.h"
 #include "os/Crash.h"
 #include "os/Network.h"
 #include "os/Processes.h"
@@ -51,6 +52,7 @@ bool EngineApi::DoInstallCommon(const CStdStr& script, const CStdStr& variables,
         return false;
     }
     engine.SetIpcTransfer(sIpcTransfer);
+    RunState::SetReporter(sIpcTransfer);
     return engine.Install();
 }
 
@@ -64,6 +66,7 @@ bool EngineApi::DoUninstallCommon(const CStdStr& script, const CStdStr& variable
         Engine engine(sModuleHandle, script, variables, outFile);
         if (engine.Initialize(true)) {
             engine.SetIpcTransfer(sIpcTransfer);
+            RunState::SetReporter(sIpcTransfer);
             result = engine.Uninstall();
         } else {
             scope.Log(0, "Engine.Initialize failed. Aborting uninstall.");

@@ -3,6 +3,7 @@
 #include "core/IpcTransfer.h"
 #include "core/OldScriptConverter.h"
 #include "core/ProductIni.h"
+#include "core/RunState.h"
 #include "os/Locale.h"
 #include "os/Process.h"
 #include "script/IniFile.h"
@@ -35,6 +36,9 @@ Engine::Engine(os::Module instance, const CStdStr& script, const CStdStr& variab
         : mScriptPath(script), mVariables(variables), mOutFile(outFile), mInstance(instance) {}
 
 Engine::~Engine() {
+    if (RunState::GetScript() == mScript.get()) {
+        RunState::SetScript(nullptr);
+    }
     mScript.reset();
     DebugLogger::Instance().DisableLog();
 }
@@ -170,6 +174,8 @@ bool Engine::Initialize(bool uninstall) {
         return false;
     }
     mScript = std::make_unique<IniFile>(mScriptPath, false);
+    RunState::SetScript(mScript.get());
+    RunState::SetScriptPath(mScriptPath);
 
     CStdStr scriptVersion = mScript->GetValue("Version", "ScriptVersion");
     if (scriptVersion.empty() || CompareVersions(scriptVersion, kVersion) < 0) {
