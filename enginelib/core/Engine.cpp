@@ -7,6 +7,7 @@
 #include "os/Locale.h"
 #include "os/Process.h"
 #include "script/IniFile.h"
+#include "script/NlsFile.h"
 #include "script/OSInfo.h"
 #include "script/SystemPath.h"
 #include "script/Tokenizer.h"
@@ -80,10 +81,9 @@ bool Engine::InitializeNLS(const CStdStr& language) {
     PathObject folder;
     folder.SetDirectory(ConfigFolder());
     folder.AppendDirectory("nls");
-    scope.Log(kMask, "language:%s, folder:%s", language.c_str(), folder.GetDirectory().c_str());
-    // No language tables are loaded yet: the run goes on with keys in place of texts.
-    scope.SetResult(false);
-    return false;
+    bool loaded = NlsFile::InitializeFromFiles(folder.GetDirectory(), language);
+    scope.SetResult(loaded);
+    return loaded;
 }
 
 bool Engine::checkTempFolder() {
@@ -180,6 +180,14 @@ bool Engine::Initialize(bool uninstall) {
     CStdStr scriptVersion = mScript->GetValue("Version", "ScriptVersion");
     if (scriptVersion.empty() || CompareVersions(scriptVersion, kVersion) < 0) {
         OldScriptConverter::Convert(*mScript);
+    }
+
+    CStdStr language = mScript->GetValue("Install", "Language");
+    if (!language.empty()) {
+        InitializeNLS(language);
+    }
+    if (!NlsFile::IsLoaded()) {
+        InitializeNLS(NlsFile::GetDefaultLocaleName());
     }
 
     std::string installPath;

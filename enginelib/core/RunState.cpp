@@ -11,6 +11,8 @@ struct State {
     CStdStr currentOem;
     IpcTransfer* reporter = nullptr;
     CStdStr packageDir;
+    bool spoolerStopped = false;
+    CStdStringList temporaryFiles;
 };
 
 std::mutex gLock;
@@ -76,6 +78,28 @@ CStdStr RunState::GetPackageDir() {
 void RunState::SetPackageDir(const CStdStr& folder) {
     std::lock_guard<std::mutex> guard(gLock);
     gState.packageDir = folder;
+}
+
+bool RunState::IsSpoolerStopped() {
+    std::lock_guard<std::mutex> guard(gLock);
+    return gState.spoolerStopped;
+}
+
+void RunState::SetSpoolerStopped() {
+    std::lock_guard<std::mutex> guard(gLock);
+    gState.spoolerStopped = true;
+}
+
+void RunState::AddTemporaryFile(const CStdStr& path) {
+    std::lock_guard<std::mutex> guard(gLock);
+    gState.temporaryFiles.Add(path);
+}
+
+CStdStringList RunState::TakeTemporaryFiles() {
+    std::lock_guard<std::mutex> guard(gLock);
+    CStdStringList files;
+    files.swap(gState.temporaryFiles);
+    return files;
 }
 
 void RunState::Reset() {

@@ -3,7 +3,7 @@
 // the process; the Engine sets it at the start of a run.
 #pragma once
 
-#include "core/CStdStr.h"
+#include "core/CStdStringList.h"
 
 class IniFile;
 class IpcTransfer;
@@ -32,6 +32,15 @@ public:
     // Not empty exactly when the run builds a package.
     static CStdStr GetPackageDir();
     static void SetPackageDir(const CStdStr& folder);
+
+    // Set when the spooler was stopped during the walk of a run; nothing clears it. It makes the
+    // install walk its phases a second time.
+    static bool IsSpoolerStopped();
+    static void SetSpoolerStopped();
+
+    // Files that driver objects unpacked for the run and that go when the drivers are in.
+    static void AddTemporaryFile(const CStdStr& path);
+    static CStdStringList TakeTemporaryFiles();
 
     // Back to the state of a fresh process, for a new run in the same process.
     static void Reset();

@@ -1,12 +1,18 @@
 #include "script/SystemPath.h"
 
+#include "os/Files.h"
 #include "os/Process.h"
 #include "os/Shell.h"
 #include "os/Spooler.h"
+#include "os/SystemInfo.h"
+#include "os/Time.h"
+#include "script/NlsFile.h"
 #include "script/OSInfo.h"
 #include "system/DebugLogger.h"
+#include "system/LogScope.h"
 #include "system/Registry.h"
 
+#include <cstdlib>
 #include <mutex>
 
 namespace {
@@ -46,7 +52,142 @@ CStdStr UpFolders(const CStdStr& folder, int levels) {
     return path.GetDirectory();
 }
 
+CStdStr Folder(int code, bool allUsers = true) {
+    return SystemPath(code, allUsers).GetFullPath();
+}
+
+CStdStr Megabytes(std::uint64_t bytes) {
+    return CStdStr::Formatted("%llu", static_cast<unsigned long long>(bytes / (1024 * 1024)));
+}
+
+// An OS language that is not known leaves the entry empty, with code page 0.
+LanguageEntry OsLanguage() {
+    LanguageEntry entry;
+    if (!NlsFile::DescribeLanguageId(NlsFile::GetOSLanguage(), entry)) {
+        entry = LanguageEntry();
+    }
+    return entry;
+}
+
+// The speed that Windows measured at start, in MHz; Windows 9x does not record it.
+CStdStr ProcessorSpeed() {
+    Registry registry;
+    RegistryValue value;
+    unsigned long speed = 0;
+    if (registry.ReadValue("HKLM", "HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0", "~MHz",
+                           value)) {
+        speed = value.type == os::regtype::Dword ? value.number
+                                                 : std::strtoul(value.text.c_str(), nullptr, 10);
+    }
+    return CStdStr::Formatted("%lu", speed);
+}
+
+CStdStr PhysicalMemory() {
+    std::uint64_t bytes = 0;
+    return Megabytes(os::GetPhysicalMemory(bytes) == os::error::Success ? bytes : 0);
+}
+
+// Free space of the drive that Windows is on, where an install puts most of its files.
+CStdStr FreeSpace() {
+    std::uint64_t bytes = 0;
+    CStdStr drive = Folder(SystemPath::WindowsDrive) + "\\";
+    return Megabytes(os::GetDiskFreeSpaceEx(drive, bytes) == os::error::Success ? bytes : 0);
+}
+
+CStdStr Today() {
+    os::SystemTime now;
+    os::GetLocalTime(now);
+    return CStdStr::Formatted("%02u%02u%04u", static_cast<unsigned>(now.month),
+                              static_cast<unsigned>(now.day), static_cast<unsigned>(now.year));
+}
+
+// The medium's root: the first folder upwards from the program's that holds the product's
+// configuration.
+CStdStr GuessedRootDirectory() {
+    SystemPath program(SystemPath::ApplicationFolder);
+    PathObject folder;
+    folder.SetDirectory(program.GetDirectory());
+    while (!folder.GetDirectory().empty()) {
+        PathObject marker;
+        marker.SetDirectory(folder.GetDirectory());
+        marker.AppendDirectory("install\\config");
+        marker.SetName("product.ini");
+        if (marker.Exists()) {
+            return folder.GetDirectory();
+        }
+        CStdStr before = folder.GetDirectory();
+        folder.GoUp();
+        if (folder.GetDirectory() == before) {
+            break;
+        }
+    }
+    return program.GetDirectory();
+}
+
+struct BuiltinDefine {
+    const char* name;
+    CStdStr (*value)();
+};
+
+// In the order in which a name is tested.
+const BuiltinDefine kBuiltinDefines[] = {
+        {"WINDOWS_DRIVE", [] { return Folder(SystemPath::WindowsDrive); }},
+        {"WINDOWS_DIR", [] { return Folder(SystemPath::WindowsFolder); }},
+        {"SYSTEM_DIR", [] { return Folder(SystemPath::SystemFolder); }},
+        {"PROGRAMFILES_DIR", [] { return Folder(SystemPath::ProgramFiles); }},
+        {"ALLUSERS_PROFILE_DIR", [] { return Folder(SystemPath::AllUsersProfile); }},
+        {"CURRENTUSER_DOCUMENTS_DIR", [] { return Folder(SystemPath::MyDocuments); }},
+        {"SYSTEMFONTS_DIR", [] { return Folder(SystemPath::Fonts); }},
+        {"TEMP_DIR", [] { return Folder(SystemPath::TempFolder); }},
+        {"CD_ROOT_DIR", [] { return Folder(SystemPath::MediumRoot); }},
+        {"CURRENT_DIR", [] { return Folder(SystemPath::CurrentFolder); }},
+        {"SENDTO_DIR", [] { return Folder(SystemPath::SendTo); }},
+        {"CURRENTUSER_DESKTOP_DIR", [] { return Folder(SystemPath::Desktop, false); }},
+        {"ALLUSERS_DESKTOP_DIR", [] { return Folder(SystemPath::Desktop, true); }},
+        {"DRIVER_DIR", [] { return Folder(SystemPath::PrinterDriverFolder); }},
+        {"DRIVER_MULTI_OS_DIR", [] { return Folder(SystemPath::VersionedDriverFolder); }},
+        {"COMMONFILES_DIR", [] { return Folder(SystemPath::CommonFiles); }},
+        {"LANGUAGE", [] { return NlsFile::GetLanguage(); }},
+        {"CODEPAGE", [] { return CStdStr::Formatted("%d", NlsFile::GetCodePage()); }},
+        {"OS_LANG", [] { return OsLanguage().language; }},
+        // Only NT 4 counts: the define tells NT 4 from the systems that followed it.
+        {"IS_OS_NT",
+         [] { return CStdStr(OSInfo().GetOSCode() == OSInfo::NT4 ? "TRUE" : "FALSE"); }},
+        {"OS_CODEPAGE", [] { return CStdStr::Formatted("%d", OsLanguage().codePage); }},
+        {"OS_ISOLANG", [] { return OsLanguage().isoCode; }},
+        {"OS_ARCH", [] { return CStdStr(OSInfo().Is64Bit() ? "x64" : "x86"); }},
+        {"COMPUTER_NAME",
+         [] { return Fetch([](std::string& text) { return os::GetComputerName(text); }); }},
+        {"HEX_LANG", [] { return CStdStr::Formatted("0x%x", NlsFile::GetWinCode()); }},
+        {"QOR_LANG_CODE",
+         [] { return CStdStr::Formatted("%d", static_cast<int>(NlsFile::GetWinCode())); }},
+        {"COMMONAPPDATA_DIR", [] { return Folder(SystemPath::CommonAppData); }},
+        {"USERNAME", [] { return Fetch([](std::string& text) { return os::GetUserName(text); }); }},
+        {"SYSTEM_CPU", ProcessorSpeed},
+        {"SYSTEM_MEMORY", PhysicalMemory},
+        {"SYSTEM_SPACE", FreeSpace},
+        {"DRIVER_CAB", [] { return Folder(SystemPath::DriverCab); }},
+        {"CURRENT_DATE", Today},
+        {"GUESSED_ROOT_DIR", GuessedRootDirectory},
+        // The placeholder stays in the text; the code that shows it puts the product's title
+        // in its place.
+        {"OEM_PRODUCT", [] { return CStdStr::Formatted("^%s^", "OEM_PRODUCT"); }},
+};
+
 } // namespace
+
+CStdStr SystemPath::GetDefine(const CStdStr& name) {
+    LogScope scope("SystemPath", "SystemPath::GetDefine", logmask::General);
+    for (const BuiltinDefine& define : kBuiltinDefines) {
+        if (!name.EqualsNoCase(define.name)) {
+            continue;
+        }
+        CStdStr value = define.value();
+        scope.Log(logmask::General, "%s=%s", define.name, value.c_str());
+        return value;
+    }
+    return CStdStr();
+}
 
 void SystemPath::SetApplicationDirectoryOverride(const CStdStr& directory) {
     std::lock_guard<std::mutex> guard(gOverrideLock);

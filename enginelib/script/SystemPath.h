@@ -52,6 +52,10 @@ public:
     static void SetApplicationDirectoryOverride(const CStdStr& directory);
     static CStdStr GetApplicationDirectoryOverride();
 
+    // The value of a built-in define (names compared without regard to case); empty for a name
+    // that is not one.
+    static CStdStr GetDefine(const CStdStr& name);
+
 private:
     void setFolder(const CStdStr& folder);
     void fromRegistryFolder(const char* root, const char* key, const char* value);
