@@ -185,6 +185,36 @@ void OSInfo::GetTokens(CStdStringList& list) const {
                                : base + "NOSP");
 }
 
+bool OSInfo::IsOSToken(const CStdStr& token) {
+    static const char* const fixed[] = {
+            "95",      "98",      "98SE",      "9X",          "ME",     "NT",       "2K",
+            "2K_ONLY", "2K3",     "XP",        "X64",         "X86",    "VISTA",    "VISTA_ONLY",
+            "2K8",     "WIN7",    "FUTURE_OS", "NT_XP",       "2K_XP",  "NT_VISTA", "2K_VISTA",
+            "NT_WIN7", "2K_WIN7", "XP_WIN7",   "VISTA_WIN7",  "2K3X64", "XPX64",    "XPX86",
+            "VISTA64", "2K8X64",  "WIN7X64",   "FUTURE_OSX64"};
+    for (const char* known : fixed) {
+        if (token == known) {
+            return true;
+        }
+    }
+    // Service-pack tokens: a base token of codes 4 to 11, or none, then NOSP or SP<number>.
+    for (int code = Unknown; code <= Win7; ++code) {
+        const CStdStr base = code >= NT4 ? BaseToken(code) : "";
+        if (token.size() <= base.size() || token.compare(0, base.size(), base) != 0) {
+            continue;
+        }
+        CStdStr rest = token.Mid(base.GetLength());
+        if (rest == "NOSP") {
+            return true;
+        }
+        if (rest.size() > 2 && rest.compare(0, 2, "SP") == 0 &&
+            rest.find_first_not_of("0123456789", 2) == CStdStr::npos) {
+            return true;
+        }
+    }
+    return false;
+}
+
 CStdStringList OSInfo::Tokens() const {
     CStdStringList list;
     GetTokens(list);

@@ -46,6 +46,9 @@ public:
     const CStdStr& GetPresetText() const { return mPresetText; }
     // The base token of the code ("XP", "2K3", ...), empty for codes without one.
     static const char* BaseToken(int code);
+    // Whether `token` is one of the OS tokens that any system can carry: the plain, range and
+    // 64-bit forms, and the service-pack forms ("XPSP2", "2K3NOSP", "SP1"). Exact, with case.
+    static bool IsOSToken(const CStdStr& token);
 
 private:
     struct NoDetection {};

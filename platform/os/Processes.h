@@ -34,4 +34,13 @@ void EnumWindows(std::vector<WindowEntry>& windows);
 bool CanLoadLibrary(const std::string& library);
 bool HasProcedure(const std::string& library, const std::string& function);
 
+// LoadLibrary of a host-name helper library by its path, GetProcAddress of its function
+// ResolveHostName(const char* name, char* buffer, DWORD size, DWORD* needed), the call with a
+// buffer of 32 characters and, when it answers 122 with a needed size above 0, once more with a
+// buffer of that size plus 1; then FreeLibrary. Success means that the function was called: its
+// own answer is in `answer` and its text in `resolved`. 126 (ERROR_MOD_NOT_FOUND) when the
+// library cannot be loaded, 127 (ERROR_PROC_NOT_FOUND) when it has no such function.
+Error CallResolveHostName(const std::string& library, const std::string& host,
+                          std::uint32_t& answer, std::string& resolved);
+
 } // namespace os

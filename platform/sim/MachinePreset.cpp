@@ -678,31 +678,7 @@ private:
         return spooler;
     }
 
-    // The programs that run on a machine that has just started.
-    ProcessTable processTable() const {
-        ProcessTable table;
-        std::string system = mIdentity.SystemDirectory();
-        std::string windows = mLayout.windows;
-        auto add = [&table](std::string image, std::vector<SimWindow> windowsOfProgram = {}) {
-            SimProcess process;
-            process.image = std::move(image);
-            process.windows = std::move(windowsOfProgram);
-            table.Add(process);
-        };
-        if (!nt()) {
-            add(system + "\\KERNEL32.DLL");
-            add(system + "\\MSGSRV32.EXE");
-            add(system + "\\SPOOL32.EXE");
-            add(windows + "\\EXPLORER.EXE", {{"Program Manager", true}});
-            return table;
-        }
-        add("System");
-        add(system + "\\winlogon.exe");
-        add(system + "\\services.exe");
-        add(system + (mPreset.family == Family::NT4 ? "\\spoolss.exe" : "\\spoolsv.exe"));
-        add(windows + "\\explorer.exe", {{"Program Manager", true}});
-        return table;
-    }
+    ProcessTable processTable() const { return MachinePreset::StartupProcesses(mIdentity); }
 
     void fillPrintKeys(RegistryStore& store, const std::string& control) const {
         auto text = [](RegKey* k, const std::string& name, const std::string& value) {
@@ -763,6 +739,31 @@ bool MachinePreset::IsKnown(const std::string& name) {
 int MachinePreset::MaxServicePack(const std::string& name) {
     const OsPreset* preset = FindPreset(name);
     return preset == nullptr ? 0 : preset->maxServicePack;
+}
+
+ProcessTable MachinePreset::StartupProcesses(const MachineIdentity& id) {
+    ProcessTable table;
+    std::string system = id.SystemDirectory();
+    const std::string& windows = id.windowsDirectory;
+    auto add = [&table](std::string image, std::vector<SimWindow> windowsOfProgram = {}) {
+        SimProcess process;
+        process.image = std::move(image);
+        process.windows = std::move(windowsOfProgram);
+        table.Add(process);
+    };
+    if (!id.IsNT()) {
+        add(system + "\\KERNEL32.DLL");
+        add(system + "\\MSGSRV32.EXE");
+        add(system + "\\SPOOL32.EXE");
+        add(windows + "\\EXPLORER.EXE", {{"Program Manager", true}});
+        return table;
+    }
+    add("System");
+    add(system + "\\winlogon.exe");
+    add(system + "\\services.exe");
+    add(system + (id.majorVersion < 5 ? "\\spoolss.exe" : "\\spoolsv.exe"));
+    add(windows + "\\explorer.exe", {{"Program Manager", true}});
+    return table;
 }
 
 bool MachinePreset::Create(const std::string& hostDir, const std::string& name, int servicePack,

@@ -2,11 +2,15 @@
 // of drive C:, the registry keys and values that programs read there, and the environment.
 #pragma once
 
+#include "sim/ProcessTable.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
 
 namespace sim {
+
+struct MachineIdentity;
 
 class MachinePreset {
 public:
@@ -27,6 +31,9 @@ public:
                        std::string& why);
     static bool Create(const std::string& hostDir, const std::string& name, int servicePack,
                        std::string& why);
+
+    // The programs that run on a machine of this identity that has just started.
+    static ProcessTable StartupProcesses(const MachineIdentity& id);
 };
 
 } // namespace sim

@@ -60,4 +60,14 @@ bool HasProcedure(const std::string& library, const std::string& function) {
     return machine && sim::SystemLibraries::HasFunction(machine->Identity(), library, function);
 }
 
+Error CallResolveHostName(const std::string& library, const std::string& host,
+                          std::uint32_t& answer, std::string& resolved) {
+    // A simulated machine runs no code of a Windows library: no helper library is loadable.
+    (void)library;
+    (void)host;
+    answer = 0;
+    resolved.clear();
+    return 126; // ERROR_MOD_NOT_FOUND
+}
+
 } // namespace os

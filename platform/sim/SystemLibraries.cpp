@@ -64,6 +64,11 @@ bool SystemLibraries::HasFunction(const MachineIdentity& id, const std::string& 
     if (name == "advapi32.dll" && function == "SetEntriesInAclA") {
         return id.IsNT();
     }
+    // The Ex form of the compression query came with Windows 2000; the setupapi.dll of
+    // Windows 98 and Me has only the older one.
+    if (name == "setupapi.dll" && function == "SetupGetFileCompressionInfoExA") {
+        return id.IsNT();
+    }
     return true;
 }
 

@@ -9,11 +9,15 @@
 
 #include <aclapi.h>
 #include <dbghelp.h>
+#include <lzexpand.h>
+#include <psapi.h>
 #include <sddl.h>
+#include <setupapi.h>
 #include <share.h>
 #include <shlobj.h>
 #include <tlhelp32.h>
 #include <winspool.h>
+#include <winver.h>
 
 #undef CopyFile
 #undef CreateDirectory
@@ -59,3 +63,15 @@
 #undef SHGetSpecialFolderPath
 #undef CreateToolhelp32Snapshot
 #undef EnumWindows
+#undef SendMessageTimeout
+#undef GetFileVersionInfoSize
+#undef GetFileVersionInfo
+#undef VerQueryValue
+#undef GetExpandedName
+#undef LZOpenFile
+#undef SetupGetFileCompressionInfo
+#undef SetupGetFileCompressionInfoEx
+#undef SetupDecompressOrCopyFile
+#undef SetupIterateCabinet
+#undef EnumProcesses
+#undef GetModuleBaseName

@@ -66,4 +66,33 @@ bool HasProcedure(const std::string& library, const std::string& function) {
     return found;
 }
 
+Error CallResolveHostName(const std::string& library, const std::string& host,
+                          std::uint32_t& answer, std::string& resolved) {
+    using ResolveFunction = DWORD(WINAPI*)(const char*, char*, DWORD, DWORD*);
+    resolved.clear();
+    HMODULE module = ::LoadLibraryA(library.c_str());
+    if (module == nullptr) {
+        return ERROR_MOD_NOT_FOUND;
+    }
+    auto resolve = reinterpret_cast<ResolveFunction>(
+            reinterpret_cast<void*>(::GetProcAddress(module, "ResolveHostName")));
+    if (resolve == nullptr) {
+        ::FreeLibrary(module);
+        return ERROR_PROC_NOT_FOUND;
+    }
+    std::string buffer(32, '\0');
+    DWORD needed = 0;
+    answer = resolve(host.c_str(), buffer.data(), static_cast<DWORD>(buffer.size()), &needed);
+    if (answer == ERROR_INSUFFICIENT_BUFFER && needed > 0) {
+        buffer.assign(needed + 1, '\0');
+        needed = 0;
+        answer = resolve(host.c_str(), buffer.data(), static_cast<DWORD>(buffer.size()), &needed);
+    }
+    if (answer == ERROR_SUCCESS) {
+        resolved = buffer.c_str();
+    }
+    ::FreeLibrary(module);
+    return error::Success;
+}
+
 } // namespace os

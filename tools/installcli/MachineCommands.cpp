@@ -2,13 +2,17 @@
 
 #include "sim/IniText.h"
 #include "sim/MachinePreset.h"
+#include "sim/MachineRestart.h"
 #include "sim/SimMachine.h"
 #include "sim/Text.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <functional>
+#include <set>
+#include <sstream>
 
 namespace fs = std::filesystem;
 
@@ -144,6 +148,130 @@ void CountRegistry(const sim::RegKey& key, size_t& keys, size_t& values) {
     }
 }
 
+// --- the uninstall log, as `show` lists it ---
+
+struct LogKind {
+    const char* suffix;
+    const char* first;  // the name of a record with value 1 (or of any record)
+    const char* second; // the name of a record with value 2
+};
+
+const LogKind kLogKinds[] = {
+        {"_Files", "file", "folder"},         {"_Reg", "reg value", "reg key"},
+        {"_Start", "shortcut", "start menu"}, {"_Service", "service", "service"},
+        {"_Special", "special", "special"},
+};
+
+// The log's text in UTF-8: it is written in the machine's ANSI code page, or in UTF-16.
+std::string LogText(const sim::SimMachine& machine, const std::string& bytes) {
+    if (bytes.size() >= 2 && static_cast<unsigned char>(bytes[0]) == 0xFF &&
+        static_cast<unsigned char>(bytes[1]) == 0xFE) {
+        std::u16string units;
+        for (size_t i = 2; i + 1 < bytes.size(); i += 2) {
+            units += static_cast<char16_t>(static_cast<unsigned char>(bytes[i]) |
+                                           (static_cast<unsigned char>(bytes[i + 1]) << 8));
+        }
+        return sim::Utf16ToUtf8(units);
+    }
+    return machine.ToUtf8(bytes);
+}
+
+class LogPrinter {
+public:
+    explicit LogPrinter(const sim::IniText& log) : mLog(log) {}
+
+    // The components below `section`, each with its records, depth first.
+    void PrintTree(const std::string& section, int depth) {
+        const sim::IniText::Section* tree = mLog.FindSection(section);
+        if (tree == nullptr || !mShown.insert(sim::LowerAscii(section)).second) {
+            return;
+        }
+        for (const sim::IniText::Entry& entry : tree->entries) {
+            auto comma = entry.key.find(',');
+            if (comma == std::string::npos || entry.value != "1") {
+                continue; // a port, listed with its component's records
+            }
+            std::string name = entry.key.substr(0, comma);
+            std::string scope = entry.key.substr(comma + 1);
+            bool shared = mLog.GetOr(name + "_Special," + scope, "Shared", "") == "1";
+            std::printf("%*s%s (%s)%s\n", depth * 2, "", name.c_str(), scope.c_str(),
+                        shared ? ", shared" : "");
+            printRecords(name, scope, depth + 1);
+            PrintTree(entry.key, depth + 1);
+        }
+    }
+
+    // Sections that no component of the tree reaches.
+    void PrintRest() {
+        std::string rest;
+        for (const sim::IniText::Section& section : mLog.Sections()) {
+            if (mShown.count(sim::LowerAscii(section.name)) == 0) {
+                rest += (rest.empty() ? "" : ", ") + section.name;
+            }
+        }
+        if (!rest.empty()) {
+            std::printf("  not below Install: %s\n", rest.c_str());
+        }
+    }
+
+private:
+    void printRecords(const std::string& name, const std::string& scope, int depth) {
+        if (const sim::IniText::Section* own = mLog.FindSection(name + "," + scope)) {
+            for (const sim::IniText::Entry& entry : own->entries) {
+                if (entry.key.find(',') == std::string::npos || entry.value != "1") {
+                    std::printf("%*sport       %s%s%s\n", depth * 2, "", entry.key.c_str(),
+                                entry.value.empty() ? "" : " = ", entry.value.c_str());
+                }
+            }
+        }
+        for (const LogKind& kind : kLogKinds) {
+            // The component's own section, then those of the OEM brands it ran for.
+            std::string base = sim::LowerAscii(name + kind.suffix + "," + scope);
+            for (const sim::IniText::Section& section : mLog.Sections()) {
+                std::string folded = sim::LowerAscii(section.name);
+                if (folded != base && folded.rfind(base + ",", 0) != 0) {
+                    continue;
+                }
+                mShown.insert(folded);
+                std::string brand =
+                        folded == base ? "" : "[" + section.name.substr(base.size() + 1) + "] ";
+                for (const sim::IniText::Entry& entry : section.entries) {
+                    bool special = std::string(kind.suffix) == "_Special";
+                    const char* what = entry.value == "2" ? kind.second : kind.first;
+                    std::printf("%*s%s%-10s %s%s%s\n", depth * 2, "", brand.c_str(), what,
+                                entry.key.c_str(), special ? " = " : "",
+                                special ? entry.value.c_str() : "");
+                }
+            }
+        }
+    }
+
+    const sim::IniText& mLog;
+    std::set<std::string> mShown;
+};
+
+void ShowUninstallLog(sim::SimMachine& machine) {
+    std::string path = machine.Identity().SystemDirectory() + "\\QorFiles.ulf";
+    sim::HostLocation location;
+    if (machine.Locate(machine.ToAnsi(path), location) != 0 || !location.exists ||
+        location.isDirectory) {
+        std::printf("Uninstall log: none (%s)\n", path.c_str());
+        return;
+    }
+    std::ifstream in(location.hostPath, std::ios::binary);
+    std::ostringstream bytes;
+    bytes << in.rdbuf();
+    if (!in) {
+        std::printf("Uninstall log: %s cannot be read\n", path.c_str());
+        return;
+    }
+    sim::IniText log;
+    log.Parse(LogText(machine, bytes.str()));
+    std::printf("Uninstall log: %s\n", path.c_str());
+    LogPrinter printer(log);
+    printer.PrintTree("Install", 1);
+    printer.PrintRest();
+}
 } // namespace
 
 std::string MachineCommands::SelectMachine(const CommandLine& line) {
@@ -214,7 +342,7 @@ std::string MachineCommands::DefaultLogLocation(const std::string& machineDir,
 
 int MachineCommands::Run(const CommandLine& line) {
     if (line.positional.empty()) {
-        return Usage("which one: create, show or reg?");
+        return Usage("which one: create, show, reg or reboot?");
     }
     const std::string& verb = line.positional[0];
     if (verb == "create") {
@@ -225,6 +353,9 @@ int MachineCommands::Run(const CommandLine& line) {
     }
     if (verb == "reg") {
         return reg(line);
+    }
+    if (verb == "reboot") {
+        return reboot(line);
     }
     return Usage(("unknown machine command " + verb).c_str());
 }
@@ -329,6 +460,7 @@ int MachineCommands::show(const CommandLine& line) {
         operations = strings / 2;
     }
     std::printf("At restart: %zu pending file operations\n", operations);
+    ShowUninstallLog(*machine);
     return 0;
 }
 
@@ -356,5 +488,28 @@ int MachineCommands::reg(const CommandLine& line) {
         return 1;
     }
     PrintKey(*key, shown, recursive);
+    return 0;
+}
+
+int MachineCommands::reboot(const CommandLine& line) {
+    if (line.positional.size() != 2) {
+        return Usage("reboot takes one folder: installcli machine reboot DIR");
+    }
+    std::string why;
+    auto machine = sim::SimMachine::Open(Absolute(line.positional[1]), why);
+    if (!machine) {
+        std::fprintf(stderr, "installcli machine reboot: %s\n", why.c_str());
+        return 1;
+    }
+    std::vector<std::string> report;
+    bool ok = sim::MachineRestart::Run(*machine, report, why);
+    for (const std::string& entry : report) {
+        std::printf("%s\n", entry.c_str());
+    }
+    if (!ok) {
+        std::fprintf(stderr, "installcli machine reboot: %s\n", why.c_str());
+        return 1;
+    }
+    std::printf("Restarted %s\n", machine->Directory().c_str());
     return 0;
 }

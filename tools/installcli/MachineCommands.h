@@ -1,5 +1,6 @@
 // The commands of installcli that work on simulated machines themselves: making one, showing
-// its state, reading its registry. They use the simulated machine directly, not the engine.
+// its state, reading its registry, restarting it. They use the simulated machine directly, not the
+// engine.
 #pragma once
 
 #include "CommandLine.h"
@@ -25,4 +26,5 @@ private:
     static int create(const CommandLine& line);
     static int show(const CommandLine& line);
     static int reg(const CommandLine& line);
+    static int reboot(const CommandLine& line);
 };

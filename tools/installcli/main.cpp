@@ -37,6 +37,8 @@ const char* const kUsage =
         "                           make a simulated machine (win95 ... win8-x64)\n"
         "  machine show DIR         what a simulated machine is and holds\n"
         "  machine reg DIR KEY [/s] a registry key of a simulated machine, as reg query shows it\n"
+        "  machine reboot DIR       restart a simulated machine: the file operations and RunOnce\n"
+        "                           batch files waiting for the start run, its programs end\n"
 #endif
         "\n"
         "Options of validate, install and uninstall:\n"

@@ -1,0 +1,10 @@
+#include "actions/Action.h"
+
+#include "uninstall/UninstallLog.h"
+
+void Action::LogUninstallItem(unsigned itemType, CStdStr component, const CStdStr& item) {
+    if (!mLogIt) {
+        return;
+    }
+    UninstallLog::Global().AddItem(itemType, component, item);
+}

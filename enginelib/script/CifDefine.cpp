@@ -1,0 +1,354 @@
+#include "script/CifDefine.h"
+
+#include "core/ProductIni.h"
+#include "core/RunState.h"
+#include "script/DefineFunctions.h"
+#include "script/IniFile.h"
+#include "script/NlsFile.h"
+#include "script/SystemPath.h"
+#include "script/Tokenizer.h"
+#include "system/DebugLogger.h"
+#include "system/LogScope.h"
+#include "uninstall/UninstallLog.h"
+
+namespace {
+
+const char* const kComponent = "CifDefine";
+constexpr std::uint32_t kMask = logmask::CifGf | logmask::Cgf; // 72
+const char* const kInstallDir = "INSTALL_DIR";
+const char* const kCurrentComp = "CURRENT_COMP";
+const char* const kIsfFile = "ISF_FILE";
+
+const char* const kAlwaysMutable[] = {kInstallDir, kCurrentComp, kIsfFile};
+
+const char* const kStandardDefines[] = {"WINDOWS_DRIVE",
+                                        "WINDOWS_DIR",
+                                        "SYSTEM_DIR",
+                                        "PROGRAMFILES_DIR",
+                                        "SYSTEMFONTS_DIR",
+                                        "CD_ROOT_DIR",
+                                        "CURRENT_DIR",
+                                        "TEMP_DIR",
+                                        "SENDTO_DIR",
+                                        "CURRENTUSER_DESKTOP_DIR",
+                                        "ALLUSERS_DESKTOP_DIR",
+                                        "ALLUSERS_PROFILE_DIR",
+                                        "LANGUAGE",
+                                        "PRODUCT_KEY",
+                                        "OEM_PRODUCT",
+                                        "DRIVER_DIR",
+                                        "DRIVER_MULTI_OS_DIR",
+                                        "COMMONFILES_DIR",
+                                        "OS_LANG",
+                                        "OS_ARCH",
+                                        "IS_OS_NT",
+                                        "DRIVER_CAB"};
+
+// A define's name without the dollar signs and blanks around it.
+CStdStr BareName(const CStdStr& name) {
+    CStdStr bare = name;
+    size_t first = bare.find_first_not_of("$ ");
+    if (first == CStdStr::npos) {
+        return CStdStr();
+    }
+    size_t last = bare.find_last_not_of("$ ");
+    return bare.substr(first, last - first + 1);
+}
+
+void CutTrailingBackslash(CStdStr& path) {
+    if (!path.empty() && path.back() == '\\') {
+        path.pop_back();
+    }
+}
+
+} // namespace
+
+CifDefine::CifDefine(const DefineMap& rawDefines, IniFile& isf, bool hasComponentFile)
+        : mRaw(rawDefines), mIsf(isf), mHasComponentFile(hasComponentFile) {
+    createDefineMap();
+}
+
+CStdStr CifDefine::LanguageText(const CStdStr& key) {
+    CStdStr text = NlsFile::GetText(key);
+    text.Replace(",", "\\,");
+    return text;
+}
+
+bool CifDefine::createDefineMap() {
+    LogScope scope(kComponent, "CifDefine::createDefineMap", kMask);
+    // INSTALL_DIR goes first, so that its value stands when the others are read.
+    auto installDir = mRaw.find(kInstallDir);
+    if (installDir != mRaw.end()) {
+        storeDefine(installDir->first, installDir->second);
+    }
+    for (const auto& [name, value] : mRaw) {
+        if (!name.EqualsNoCase(kInstallDir)) {
+            storeDefine(name, value);
+        }
+    }
+    scope.SetResult(true);
+    return true;
+}
+
+void CifDefine::storeDefine(const CStdStr& name, const CStdStr& rawValue) {
+    CStdStr value = rawValue;
+    ENGINE_LOG(kMask, "Value to resolve: %s-%s (defineVal)", name.c_str(), value.c_str());
+    if (!resolveDefine(name, value, CStdStr())) {
+        ENGINE_LOG(kMask, "Value for the current define: %s-%s (defineVal)", name.c_str(),
+                   rawValue.c_str());
+        return;
+    }
+    if (value == kMutable) {
+        mMutableNames.Add(name);
+        return;
+    }
+    if (name.EqualsNoCase(kInstallDir)) {
+        CutTrailingBackslash(value);
+    }
+    mResolved["$" + name + "$"] = value;
+    ENGINE_LOG(kMask, "Define:%s ResolvedValue:%s", name.c_str(), value.c_str());
+}
+
+bool CifDefine::resolveDefine(const CStdStr& name, CStdStr& value, const CStdStr& section) {
+    LogScope scope(kComponent, "CifDefine::resolveDefine", kMask);
+    scope.Log(kMask, "define:%s value:%s section:%s", name.c_str(), value.c_str(), section.c_str());
+    value.TrimRight();
+    if (value.size() >= 2 && value.front() == '%' && value.back() == '%') {
+        value = LanguageText(value.Mid(1, value.GetLength() - 2));
+        scope.SetResult(value);
+        return true;
+    }
+    if (value.empty() || value.front() != '<') {
+        bool resolved = resolveStrDefine(value, section);
+        scope.SetResult(resolved ? value : CStdStr("false"));
+        return resolved;
+    }
+    CStdStr call = value;
+    size_t first = call.find_first_not_of("< ");
+    size_t last = call.find_last_not_of("> ");
+    call = first == CStdStr::npos ? CStdStr() : call.substr(first, last - first + 1);
+    CStdStringList items = Tokenizer::Split(call, ',', Tokenizer::Trim);
+    DefineFunctions functions(*this, section);
+    bool evaluated = functions.Evaluate(items, value);
+    scope.SetResult(evaluated ? value : CStdStr("false"));
+    return evaluated;
+}
+
+bool CifDefine::resolveStrDefine(CStdStr& str, const CStdStr& section) {
+    const CStdStr original = str;
+    for (;;) {
+        int first = str.Find('$');
+        if (first < 0) {
+            break;
+        }
+        int second = str.Find('$', first + 1);
+        if (second < 0) {
+            break;
+        }
+        CStdStr name = str.Mid(first + 1, second - first - 1);
+        CStdStr value;
+        if (IsMutable(name)) {
+            if (section.empty()) {
+                str = kMutable;
+                return true;
+            }
+            if (!GetMutableDefine(section, name, value)) {
+                ENGINE_LOG(0,
+                           "CifDefine::resolveStrDefine: String define -- %s -- contains a "
+                           "define $%s$ not resolved",
+                           original.c_str(), name.c_str());
+                return false;
+            }
+        } else if (!GetBuiltinDefine(name, value)) {
+            auto raw = mRaw.find(name);
+            value = raw == mRaw.end() ? CStdStr() : raw->second;
+            if (!resolveDefine(name, value, section)) {
+                ENGINE_LOG(0,
+                           "CifDefine::resolveStrDefine: String define -- %s -- could not be "
+                           "resolved for $%s$",
+                           original.c_str(), name.c_str());
+                return false;
+            }
+        }
+        if (value == kMutable) {
+            str = kMutable;
+            return true;
+        }
+        // The scan starts again from the front, so that a value that holds a reference is
+        // resolved in the next round.
+        str = str.Left(first) + value + str.Mid(second + 1);
+    }
+    for (;;) {
+        int first = str.Find('%');
+        if (first < 0) {
+            break;
+        }
+        int second = str.Find('%', first + 1);
+        if (second < 0) {
+            break;
+        }
+        CStdStr text = LanguageText(str.Mid(first + 1, second - first - 1));
+        str = str.Left(first) + text + str.Mid(second + 1);
+    }
+    return true;
+}
+
+CStdStr CifDefine::componentOfSection(const CStdStr& section) {
+    CStdStr base = section;
+    int hash = base.Find('#');
+    if (hash > 0) {
+        base = base.Left(hash);
+    }
+    int dot = base.ReverseFind('.');
+    return dot > 0 ? base.Left(dot) : base;
+}
+
+CStdStr CifDefine::scriptComponent(const CStdStr& component) const {
+    if (!mHasComponentFile || mIsf.FindSection(component) != nullptr) {
+        return component;
+    }
+    // A section of a CIF (an action list, a requirement section) is not a component of the
+    // script: the component is the one being worked on.
+    CStdStr current = RunState::GetCurrentComponent();
+    return current.empty() ? component : current;
+}
+
+bool CifDefine::installDirFor(const CStdStr& component, const CStdStr& section, CStdStr& value) {
+    CStdStr found;
+    bool present = false;
+    // The component's own section of the script is more particular than Install.
+    for (const CStdStr& sectionName : {scriptComponent(component), CStdStr("Install")}) {
+        IniSection* script = mIsf.FindSection(sectionName);
+        if (script != nullptr && script->GetValue("InstallDir", found) && !found.empty()) {
+            present = true;
+            break;
+        }
+    }
+    if (present) {
+        if (!resolveDefine(kInstallDir, found, section)) {
+            return false;
+        }
+        CutTrailingBackslash(found);
+        value = found;
+        return true;
+    }
+    auto stored = mResolved.find("$INSTALL_DIR$");
+    if (stored != mResolved.end() && !stored->second.empty()) {
+        value = stored->second;
+        return true;
+    }
+    CStdStr product = ProductIni::GetValue("GENERAL", "DisplayName");
+    if (product.empty()) {
+        product = ProductIni::GetValue("GENERAL", "ProductKey");
+    }
+    PathObject folder = SystemPath(SystemPath::ProgramFiles);
+    if (!product.empty()) {
+        folder.AppendDirectory(product);
+    }
+    value = folder.GetFullPath();
+    return true;
+}
+
+bool CifDefine::GetMutableDefine(const CStdStr& section, const CStdStr& name, CStdStr& value) {
+    LogScope scope(kComponent, "CifDefine::GetMutableDefine", kMask);
+    scope.Log(kMask, "section:%s name:%s", section.c_str(), name.c_str());
+    CStdStr component = componentOfSection(section);
+    CStdStr key = BareName(name);
+    bool answered = false;
+    auto raw = mRaw.find(key);
+    if (raw != mRaw.end() && !key.EqualsNoCase(kInstallDir)) {
+        CStdStr resolved = raw->second;
+        answered = resolveDefine(key, resolved, section);
+        if (answered) {
+            value = resolved;
+        }
+    } else if (key.EqualsNoCase(kInstallDir)) {
+        answered = installDirFor(component, section, value);
+    } else if (key.EqualsNoCase(kCurrentComp)) {
+        value = scriptComponent(component);
+        answered = true;
+    } else if (key.EqualsNoCase(kIsfFile)) {
+        value = RunState::GetScriptPath();
+        if (value.empty()) {
+            value = mIsf.GetFileName();
+        }
+        answered = true;
+    }
+    scope.SetResult(answered ? value : CStdStr("false"));
+    return answered;
+}
+
+bool CifDefine::GetBuiltinDefine(const CStdStr& name, CStdStr& value) {
+    CStdStr key = BareName(name);
+    CStdStr builtin = SystemPath::GetDefine(key);
+    if (!builtin.empty()) {
+        value = builtin;
+        return true;
+    }
+    if (key.EqualsNoCase(kInstallDir)) {
+        auto stored = mResolved.find("$INSTALL_DIR$");
+        if (stored != mResolved.end() && !stored->second.empty()) {
+            value = stored->second;
+            return true;
+        }
+        auto raw = mRaw.find(kInstallDir);
+        CStdStr resolved = raw == mRaw.end() ? CStdStr() : raw->second;
+        if (!resolveDefine(kInstallDir, resolved, CStdStr())) {
+            return false;
+        }
+        value = resolved;
+        return true;
+    }
+    if (key.EqualsNoCase(kCurrentComp)) {
+        value = RunState::GetCurrentComponent();
+        return true;
+    }
+    if (key.EqualsNoCase("PRODUCT_KEY")) {
+        value = ProductIni::GetValue("GENERAL", "ProductKey");
+        return true;
+    }
+    if (key.EqualsNoCase("OEM_PRODUCT")) {
+        value = CStdStr::Formatted("^%s^", "OEM_PRODUCT");
+        return true;
+    }
+    return false;
+}
+
+bool CifDefine::IsMutable(const CStdStr& name) const {
+    CStdStr key = BareName(name);
+    for (const char* always : kAlwaysMutable) {
+        if (key.EqualsNoCase(always)) {
+            return true;
+        }
+    }
+    return mMutableNames.ContainsNoCase(key);
+}
+
+void CifDefine::CopyStandardDefines(std::map<CStdStr, CStdStr>& toMap) {
+    for (const char* name : kStandardDefines) {
+        CStdStr value;
+        GetBuiltinDefine(name, value);
+        toMap[CStdStr::Formatted("$%s$", name)] = value;
+    }
+}
+
+bool CifDefine::GetDefine(const CStdStr& name, const CStdStr& section, CStdStr& value) {
+    CStdStr key = BareName(name);
+    if (key.empty()) {
+        return false;
+    }
+    // INSTALL_DIR has a stored value too, but that is only its default for a section.
+    if (IsMutable(key) && !section.empty()) {
+        return GetMutableDefine(section, key, value);
+    }
+    auto stored = mResolved.find("$" + key + "$");
+    if (stored != mResolved.end()) {
+        value = stored->second;
+        return true;
+    }
+    return !IsMutable(key) && GetBuiltinDefine(key, value);
+}
+
+bool CifDefine::IsComponentInstalled(const CStdStr& component) const {
+    return !component.empty() && UninstallLog::Installed().IsComponentInstalled(component);
+}

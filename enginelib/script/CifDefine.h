@@ -1,0 +1,81 @@
+// The define table of one script or CIF file, and the resolution of the three kinds of
+// reference in any of its strings: `$NAME$` (a define), `%SECTION.key%` (a language text) and
+// `^NAME^` (a placeholder that stays until the OEM name is shown). A define's value may be a
+// plain string, a string with further references, or a call `<Function,arg,...>`.
+//
+// Some defines depend on the component in which they are used (INSTALL_DIR, CURRENT_COMP,
+// ISF_FILE, and every define that refers to one of them): they resolve to the marker
+// MUTABLE_DEF when no section is given, and are evaluated anew for each section.
+#pragma once
+
+#include "core/CStdStringList.h"
+
+#include <map>
+
+class IniFile;
+
+class CifDefine {
+public:
+    using DefineMap = std::map<CStdStr, CStdStr, NoCaseLess>;
+
+    // The value of everything that can be resolved only inside a component.
+    static constexpr const char* kMutable = "MUTABLE_DEF";
+
+    // `isf` is the install script (the file itself when it is the script); `hasComponentFile`
+    // is true when the defines belong to a CIF rather than to the script.
+    CifDefine(const DefineMap& rawDefines, IniFile& isf, bool hasComponentFile);
+    CifDefine(const CifDefine&) = delete;
+    CifDefine& operator=(const CifDefine&) = delete;
+
+    // Resolves every define that can be resolved once and for all; INSTALL_DIR first.
+    bool createDefineMap();
+    // Evaluates one define's value, in place, for `section` (empty when there is none). False
+    // stops the caller: a wrong argument count, or a function that failed with StopOnFail.
+    bool resolveDefine(const CStdStr& name, CStdStr& value, const CStdStr& section);
+    // Replaces every `$NAME$` and `%key%` of `str`, in place. False as above.
+    bool resolveStrDefine(CStdStr& str, const CStdStr& section);
+
+    // The value of a define whose value depends on the section ("Base#Instance" and
+    // "Component.key" forms are understood).
+    bool GetMutableDefine(const CStdStr& section, const CStdStr& name, CStdStr& value);
+    // The value of a define that the engine knows by itself (folders, language, product key).
+    bool GetBuiltinDefine(const CStdStr& name, CStdStr& value);
+    bool IsMutable(const CStdStr& name) const;
+    // The standard defines under "$NAME$", as a replacement table.
+    void CopyStandardDefines(std::map<CStdStr, CStdStr>& toMap);
+
+    // Whether the machine's uninstall log holds the component, so that a component once logged
+    // stays logged.
+    bool IsComponentInstalled(const CStdStr& component) const;
+
+    // The value of `$NAME$` (name with or without its dollar signs) as seen from a value of
+    // `section`: a finished define, a mutable one evaluated for the section, or a built-in.
+    // False when nothing answers.
+    bool GetDefine(const CStdStr& name, const CStdStr& section, CStdStr& value);
+
+    const DefineMap& GetResolved() const { return mResolved; }
+    const DefineMap& GetRaw() const { return mRaw; }
+    const CStdStringList& GetMutableNames() const { return mMutableNames; }
+    IniFile& GetIsf() const { return mIsf; }
+    bool HasComponentFile() const { return mHasComponentFile; }
+
+    // A language text, with its commas escaped so that it cannot split an argument list.
+    static CStdStr LanguageText(const CStdStr& key);
+
+private:
+    // The component named by a section: "Base#Instance" -> "Base", "Comp.key" -> "Comp".
+    static CStdStr componentOfSection(const CStdStr& section);
+    // The value of INSTALL_DIR for a section of `component`.
+    bool installDirFor(const CStdStr& component, const CStdStr& section, CStdStr& value);
+    // The component whose section of the script a value of `component` reads: the
+    // component itself when the script has its section; in a CIF, otherwise, the component
+    // being worked on.
+    CStdStr scriptComponent(const CStdStr& component) const;
+    void storeDefine(const CStdStr& name, const CStdStr& rawValue);
+
+    DefineMap mResolved;
+    DefineMap mRaw;
+    IniFile& mIsf;
+    CStdStringList mMutableNames;
+    bool mHasComponentFile;
+};
