@@ -1,11 +1,19 @@
 #include "core/Engine.h"
 
+#include "actions/ActionSet.h"
+#include "components/CustomFactory.h"
+#include "components/GenericComponent.h"
+#include "core/InstallMap.h"
 #include "core/IpcTransfer.h"
 #include "core/OldScriptConverter.h"
 #include "core/ProductIni.h"
 #include "core/RunState.h"
 #include "os/Locale.h"
+#include "os/Messages.h"
 #include "os/Process.h"
+#include "script/CifDefine.h"
+#include "script/CifExtReq.h"
+#include "script/CifFile.h"
 #include "script/IniFile.h"
 #include "script/NlsFile.h"
 #include "script/OSInfo.h"
@@ -15,6 +23,7 @@
 #include "system/DebugLogger.h"
 #include "system/FileOp.h"
 #include "system/LogScope.h"
+#include "uninstall/UninstallLog.h"
 
 #include <cstdlib>
 #include <map>
@@ -36,7 +45,20 @@ Engine::Engine(os::Module instance, const CStdStr& script, const CStdStr& variab
                const CStdStr& outFile)
         : mScriptPath(script), mVariables(variables), mOutFile(outFile), mInstance(instance) {}
 
+template <typename Phase>
+void Engine::forEachGeneric(Phase phase) {
+    for (auto& component : mComponents) {
+        if (auto* generic = dynamic_cast<GenericComponent*>(component.get())) {
+            phase(*generic);
+        }
+    }
+}
+
 Engine::~Engine() {
+    mAltDrivers.clear();
+    mDrivers.clear();
+    mDevices.clear();
+    mComponents.clear();
     if (RunState::GetScript() == mScript.get()) {
         RunState::SetScript(nullptr);
     }
@@ -205,23 +227,25 @@ bool Engine::Initialize(bool uninstall) {
     if (uninstall) {
         FileOp::SetZombieMode(true);
     }
+    makeInstallMap(uninstall);
+    if (!mInstallMap) {
+        scope.Log(0, "Invalid install map.");
+        return false;
+    }
     if (!mVariables.empty()) {
         applyVariables();
     }
-    return true;
-}
-
-bool Engine::Install() {
-    LogScope scope(kComponent, "Engine::Install", kMask);
-    if (mScript->FindSection("Package") != nullptr) {
-        mPackageDir = "$TEMP_DIR$\\CustomPackage";
+    UninstallLog& log = UninstallLog::Global();
+    CStdStr value;
+    if (ProductIni::GetProductValue("GENERAL", "ProductKey", value)) {
+        log.SetProduct(value);
     }
-    mOemName = mScript->GetValue("OEMProduct", "Name");
-    if (mScript->FindSection("Install") == nullptr) {
-        scope.Log(0, "Script file is missing %s section", "Install");
-        return false;
+    if (ProductIni::GetProductValue("GENERAL", "OEMDisplay", value)) {
+        log.SetOemProduct(value);
     }
-    DebugLog::Instance().WriteFinishBanner("Installation Engine");
+    log.SetManufacturer(CustomFactory::kMakerFolder);
+    bool convert = !ProductIni::GetValue("GENERAL", "ConvertOldLog").EqualsNoCase("0");
+    log.ReadAllRelevant(convert, convert);
     return true;
 }
 
@@ -235,38 +259,6 @@ bool Engine::Uninstall() {
     }
     DebugLog::Instance().WriteFinishBanner("Installation Engine");
     return true;
-}
-
-bool Engine::IsComponentInstallable(const CStdStr& component) {
-    LogScope scope(kComponent, "Engine::IsComponentInstallable", kMask);
-    mComponentStatusText.clear();
-    if (component.EqualsNoCase("Drivers")) {
-        PathObject product;
-        product.SetDirectory(ConfigFolder());
-        product.SetName("product.ini");
-        CStdStr folders;
-        if (!ProductIni::LoadProductIni(product.GetFullPath()) ||
-            !ProductIni::GetDriverDir(folders)) {
-            scope.SetResult(false);
-            return false;
-        }
-        CStdStr application = SystemPath(SystemPath::ApplicationFolder).GetDirectory();
-        for (const CStdStr& folder : Tokenizer::Split(folders, ',', Tokenizer::Trim)) {
-            PathObject candidate;
-            candidate.SetDirectory(application);
-            candidate.AppendDirectory(folder);
-            if (FileOp::IsDirectory(candidate.GetDirectory())) {
-                scope.SetResult(true);
-                return true;
-            }
-        }
-        scope.SetResult(false);
-        return false;
-    }
-    // Components are described by install.map, which this engine does not read yet.
-    scope.Log(0, "Invalid install map.");
-    scope.SetResult(false);
-    return false;
 }
 
 bool Engine::GetAllModels(const CStdStr& script, CStdStringList& models) {
@@ -288,4 +280,563 @@ bool Engine::GetModelStats(const CStdStr& model, const OSInfo&, int& nwLevel,
     info.clear();
     scope.SetResult(false);
     return false;
+}
+
+// ---- component selection ----
+
+void Engine::makeInstallMap(bool uninstall) {
+    if (mInstallMap) {
+        return;
+    }
+    LogScope scope(kComponent, "Engine::makeInstallMap", kMask);
+    PathObject config;
+    config.SetDirectory(ConfigFolder());
+    if (uninstall) {
+        scope.Log(kMask, "Case Uninstall...");
+        PathObject cif = config;
+        cif.SetName("Uninstall.cif");
+        if (!cif.Exists()) {
+            CStdStr name;
+            if (ProductIni::GetProductValue("GENERAL", "UninstCIF", name)) {
+                cif.SetName(name);
+            }
+        }
+        if (!cif.Exists()) {
+            scope.Log(0, "Uninstall CIF does not exist: File = %s", cif.GetFullPath().c_str());
+            return;
+        }
+        mInstallMap = std::make_unique<InstallMap>();
+        auto* defaultCif = new CifFile(true);
+        defaultCif->SetFileName(cif.GetFullPath());
+        mInstallMap->SetDefaultCif(defaultCif);
+        return;
+    }
+    scope.Log(kMask, "Case install...");
+    PathObject mapFile = config;
+    mapFile.SetName("install.map");
+    if (!mapFile.Exists()) {
+        scope.Log(0, "Map file does not exist: File = %s", mapFile.GetFullPath().c_str());
+        return;
+    }
+    mInstallMap = std::make_unique<InstallMap>();
+    if (!mInstallMap->Read(mapFile, config)) {
+        scope.Log(0, "mInstallMap->Read failed");
+        mInstallMap.reset();
+    }
+}
+
+void Engine::getInstallObjects(IniSection* section, bool uninstall, bool remote) {
+    LogScope scope(kComponent, "Engine::getInstallObjects", kMask);
+    if (section == nullptr) {
+        scope.Log(kMask, "section is NULL");
+        return;
+    }
+    CustomFactory factory(mScript.get());
+    factory.SetSkipRequirements(remote || IsPackaging());
+    factory.SetNoLog(IsPackaging());
+    std::vector<std::pair<CStdStr, CStdStr>> entries(section->Lines().begin(),
+                                                     section->Lines().end());
+    for (const auto& [key, value] : entries) {
+        int number = std::atoi(value.c_str());
+        if (key.EqualsNoCase("Drivers") || key.EqualsNoCase("Devices") ||
+            key.EqualsNoCase("Scanners") || (uninstall && key.EqualsNoCase("Printers"))) {
+            // Drivers, devices, scanners and printers come from INF files and the spooler; this
+            // engine does not make those objects yet.
+            if (number > 0) {
+                scope.Log(0, "%s are not installed by this engine", key.c_str());
+            }
+            continue;
+        }
+        if (uninstall && !key.EqualsNoCase("Scanner") &&
+            !UninstallLog::Global().IsComponentInstalled(key)) {
+            scope.Log(0, "component %s is not installed", key.c_str());
+            continue;
+        }
+        if (number > 0 && mInstallMap && mInstallMap->Find(key) != nullptr) {
+            makeCustomComponent(key, &factory, static_cast<unsigned>(number), uninstall, nullptr,
+                                "");
+        }
+    }
+    if (!IsPackaging()) {
+        makeCustomComponent("Uninstaller", &factory, 1, uninstall, nullptr, "");
+    }
+}
+
+InstallComponent* Engine::makeCustomComponent(CStdStr name, InstallFactory* factory,
+                                              unsigned selection, bool uninstall,
+                                              InstallComponent* parent, CStdStr parentName) {
+    LogScope scope(kComponent, "Engine::makeCustomComponent", kMask);
+    scope.Log(kMask, "name:%s, selection:%u", name.c_str(), selection);
+    if (uninstall) {
+        CStdStr mold = UninstallLog::Global().GetSpecial(name, "TemplateMold");
+        if (!mold.empty()) {
+            name = mold;
+        }
+    }
+    CStdStr shortName = name;
+    int dot = name.ReverseFind('.');
+    if (dot >= 0) {
+        if (parent == nullptr) {
+            parent = makeCustomComponent(name.Left(dot), factory, 1, uninstall, nullptr, "");
+        }
+        shortName = name.Mid(dot + 1);
+    }
+    if (parent == nullptr) {
+        for (auto& component : mComponents) {
+            CStdStr existing;
+            component->GetName(existing);
+            if (existing.EqualsNoCase(shortName)) {
+                return component.get();
+            }
+        }
+    } else if (InstallComponent* existing = parent->Find(shortName, false)) {
+        return existing;
+    }
+    CStdStr baseName = shortName;
+    int hash = shortName.ReverseFind('#');
+    if (hash > 0) {
+        baseName = shortName.Left(hash);
+    }
+    CifFile* cif = mInstallMap ? mInstallMap->Find(baseName) : nullptr;
+    if (cif == nullptr || cif->GetFileName().empty() || !PathObject(cif->GetFileName()).Exists()) {
+        scope.Log(0, "cif does not exist for component %s", name.c_str());
+        return nullptr;
+    }
+    InstallComponent* made = factory->Make(name, *cif);
+    auto* component = dynamic_cast<GenericComponent*>(made);
+    if (component == nullptr) {
+        delete made;
+        return nullptr;
+    }
+    if (!uninstall) {
+        SortedList<CStdStr> requiredNames;
+        component->CollectRequires(requiredNames);
+        for (const CStdStr& required : requiredNames) {
+            if (makeCustomComponent(required, factory, 1, false, nullptr, name) == nullptr) {
+                scope.Log(0, "Unable to create required component %s for component %s",
+                          required.c_str(), name.c_str());
+                scope.Log(0, "Failed to create component %s", name.c_str());
+                delete component;
+                return nullptr;
+            }
+        }
+    }
+    component->SetOemNames(mOemName);
+    if (!parentName.empty()) {
+        component->SetParentName(parentName);
+    }
+    IniSection* scriptSection = mScript ? mScript->FindSection(shortName) : nullptr;
+    const CStdStringList& subComponents = component->GetSubComponents();
+    if (uninstall && selection == 1 && !subComponents.empty()) {
+        component->SetEmptyShell(true);
+    }
+    for (const CStdStr& sub : subComponents) {
+        if (uninstall && !UninstallLog::Global().IsComponentInstalled(sub)) {
+            continue;
+        }
+        unsigned childSelection = 2;
+        if (selection != 2) {
+            if (scriptSection == nullptr) {
+                continue;
+            }
+            CStdStr value;
+            scriptSection->GetValue(sub, value);
+            int number = std::atoi(value.c_str());
+            if (number < 1) {
+                continue;
+            }
+            childSelection = static_cast<unsigned>(number);
+        }
+        makeCustomComponent(shortName + "." + sub, factory, childSelection, uninstall, component,
+                            "");
+    }
+    for (const CStdStr& mold : component->GetTemplates()) {
+        if (scriptSection == nullptr) {
+            break;
+        }
+        for (const auto& [key, value] : scriptSection->Lines()) {
+            if (key.EqualsNoCase(mold)) {
+                makeCustomComponent(shortName + "." + mold + "#" + value, factory, 0, uninstall,
+                                    component, "");
+            }
+        }
+    }
+    if (parent != nullptr) {
+        parent->Add(component);
+    } else {
+        mComponents.emplace_back(component);
+    }
+    for (const CStdStr& group : component->GetGroupComponents()) {
+        if (scriptSection == nullptr) {
+            break;
+        }
+        CStdStr value;
+        scriptSection->GetValue(group, value);
+        int number = std::atoi(value.c_str());
+        if (number > 0) {
+            makeCustomComponent(group, factory, static_cast<unsigned>(number), uninstall, nullptr,
+                                "");
+        }
+    }
+    return component;
+}
+
+bool Engine::IsComponentInstallable(const CStdStr& component) {
+    LogScope scope(kComponent, "Engine::IsComponentInstallable", kMask);
+    mComponentStatusText.clear();
+    if (component.EqualsNoCase("Drivers")) {
+        bool found = driverFolderExists();
+        scope.SetResult(found);
+        return found;
+    }
+    makeInstallMap(false);
+    if (!mInstallMap) {
+        scope.Log(0, "Invalid install map.");
+        scope.SetResult(false);
+        return false;
+    }
+    if (!NlsFile::IsLoaded()) {
+        InitializeNLS(NlsFile::GetDefaultLocaleName());
+    }
+    CifFile* cif = mInstallMap->Find(component);
+    if (cif == nullptr || cif->GetFileName().empty() || !PathObject(cif->GetFileName()).Exists()) {
+        scope.Log(0, "CIF does not exist for component %s", component.c_str());
+        scope.SetResult(false);
+        return false;
+    }
+    CStdStr sectionName = component;
+    int dot = component.ReverseFind('.');
+    if (dot >= 0) {
+        sectionName = component.Mid(dot + 1);
+    }
+    if (!cif->AreDefinesLoaded() &&
+        (!cif->Read(cif->GetFileName(), false) || !cif->InitDefines(mScript.get(), sectionName))) {
+        scope.Log(0, "could not initialize cif: %s", cif->GetFileName().c_str());
+        scope.SetResult(false);
+        return false;
+    }
+    IniSection* main = cif->FindSection(sectionName);
+    if (main == nullptr) {
+        scope.Log(0, "Could not find main section for component %s, CIF=%s", component.c_str(),
+                  cif->GetFileName().c_str());
+        scope.SetResult(false);
+        return false;
+    }
+    CStdStr source;
+    if (main->GetValue("SourceLocation", source) && !source.empty() &&
+        !FileOp::IsDirectory(source)) {
+        scope.SetResult(false);
+        return false;
+    }
+    CStdStr platform;
+    if (main->GetValue("Platform", platform)) {
+        CStdStringList tokens = OSInfo().Tokens();
+        bool supported = false;
+        for (const CStdStr& token : Tokenizer::Split(platform, ',', Tokenizer::Trim)) {
+            supported = supported || tokens.ContainsNoCase(token);
+        }
+        if (!supported) {
+            mComponentStatusText = NlsFile::GetText("MSG_INVALID_OS");
+            scope.SetResult(false);
+            return false;
+        }
+    }
+    if (CifExtReq* requirements = cif->GetExtReq(sectionName, "_ExtReq")) {
+        if (!requirements->IsValid()) {
+            scope.Log(0, "External requirements invalid for component %s", component.c_str());
+            scope.SetResult(false);
+            return false;
+        }
+        if (requirements->IsExtReqSatisfied() == 0) {
+            mComponentStatusText = requirements->GetErrorText();
+            scope.Log(0, "External requirements not satisfied for component %s", component.c_str());
+            scope.SetResult(false);
+            return false;
+        }
+    }
+    scope.SetResult(true);
+    return true;
+}
+
+bool Engine::dependenciesOK(int componentIndex) {
+    LogScope scope(kComponent, "Engine::dependenciesOK", kMask);
+    auto* component =
+            dynamic_cast<GenericComponent*>(mComponents[static_cast<size_t>(componentIndex)].get());
+    if (component == nullptr) {
+        return true;
+    }
+    UninstallLog& log = UninstallLog::Global();
+    CStdStringList users;
+    log.GetRequiredBy(component->Name(), users);
+    bool result = true;
+    for (const CStdStr& user : users) {
+        if (!result) {
+            break;
+        }
+        component->SetParentName(user);
+        if (!log.IsComponentInstalled(user)) {
+            continue;
+        }
+        if (!isRemovedInThisRun(user)) {
+            scope.Log(logmask::General, "Not uninstalling component %s (Required by: %s)",
+                      component->Name().c_str(), user.c_str());
+            result = false;
+        } else if (!log.IsInstalledByOther(component->Name())) {
+            log.RemoveFromList(component->Name(), "RequiredBy", user);
+        }
+    }
+    scope.SetResult(result);
+    return result;
+}
+
+bool Engine::isRemovedInThisRun(const CStdStr& name) {
+    for (auto& component : mComponents) {
+        CStdStr existing;
+        component->GetName(existing);
+        if (existing.EqualsNoCase(name) || component->Find(name, true) != nullptr) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// ---- the install run ----
+
+bool Engine::Install() {
+    LogScope scope(kComponent, "Engine::Install", kMask);
+    if (mScript->FindSection("Package") != nullptr) {
+        mPackageDir = "$TEMP_DIR$\\CustomPackage";
+    }
+    RunState::SetPackageDir(mPackageDir);
+    mOemName = mScript->GetValue("OEMProduct", "Name");
+    IniSection* install = mScript->FindSection("Install");
+    if (install == nullptr) {
+        scope.Log(0, "Script file is missing %s section", "Install");
+        return false;
+    }
+    // Other computers to install on come from the section Computer, which this engine does not
+    // serve yet: the install is local.
+    bool remote = false;
+    getInstallObjects(install, false, remote);
+
+    std::uint32_t total = 0;
+    for (auto* list : {&mComponents, &mDevices, &mDrivers, &mAltDrivers}) {
+        for (auto& object : *list) {
+            object->SetIpcTransfer(mIpcTransfer);
+            total += object->GetInstallUnits();
+        }
+    }
+    if (mIpcTransfer != nullptr) {
+        mIpcTransfer->SetTotalUnits(total);
+        mIpcTransfer->SetCurrentTitle(nlsTitle("READY_TO_INSTALL"));
+    }
+
+    scope.Log(logmask::Info, "[---------------Cleanup----------------]");
+    bool zombies = FileOp::IsZombieModeEnabled();
+    FileOp::SetZombieMode(true);
+    forEachGeneric([](GenericComponent& component) { component.RunCleanup(); });
+    FileOp::ClearZombieList();
+    FileOp::SetZombieMode(zombies);
+
+    ActionSet pre;
+    ActionSet post;
+    CStdStr lastName;
+    forEachGeneric([&](GenericComponent& component) {
+        component.MergeSharedActions(pre, post);
+        component.SetDisguiseName(lastName);
+        CStdStr parentName;
+        component.GetParentName(parentName);
+        if (parentName.empty() && !component.GetComponentDisguise()) {
+            lastName = component.Name();
+        }
+    });
+
+    doAllInstall(true);
+    if (RunState::IsSpoolerStopped()) {
+        // The spooler was stopped during the walk: a second walk, with it running again, thaws
+        // what froze and finishes what is left.
+        doAllInstall(false);
+    }
+    removeTemporaryDriverFiles();
+    if (!mAltDrivers.empty()) {
+        scope.Log(logmask::Info, "[---------------Alternate Driver Install ---------------]");
+        for (auto& driver : mAltDrivers) {
+            driver->Install();
+        }
+    }
+    removeTemporaryDriverFiles();
+    doLegacyComponentSetting();
+
+    CStdStr remoteTemp = mScript->GetValue("Install", "RemoteTempDir");
+    if (!remoteTemp.empty()) {
+        CStdStr folder = PathObject(remoteTemp).GetDirectory();
+        if (folder.Find("instdir.tmp") < 0) {
+            scope.Log(logmask::General,
+                      "Engine::Install(): Warning: we were told to remove this directory: %s\tBut "
+                      "that does "
+                      "not seem correct, so we are leaving it.",
+                      folder.c_str());
+        } else {
+            FileOp::WipeOutDirectory(folder);
+        }
+    }
+    os::SendMessageTimeout(os::HwndBroadcast, os::wm::SettingChange, 0, 0, os::smto::Normal, 500);
+    if (OSInfo().Is9x()) {
+        scope.Log(logmask::General, " -- Writing out wininit.ini... --");
+        FileOp::CommitWinInitFile();
+        scope.Log(logmask::General, " -- done -- ");
+    }
+    if (mIpcTransfer != nullptr) {
+        mIpcTransfer->SetCurrentTitle(nlsTitle("INSTALL_DONE"));
+    }
+    DebugLog::Instance().WriteFinishBanner("Installation Engine");
+    return true;
+}
+
+void Engine::doAllInstall(bool firstPass) {
+    LogScope scope(kComponent, "Engine::doAllInstall", kMask);
+    // A second pass leaves the source position of the log as it stands, so that its phase lines
+    // carry the one before them.
+    auto phase = [&](const char* format, bool locate) {
+        CStdStr now = DebugLogger::FormatCurrentTime("%X");
+        if (locate) {
+            DebugLogger::Instance().SetLocation(__LINE__, __FILE__, __PRETTY_FUNCTION__);
+        }
+        DebugLogger::Instance().Log(logmask::General, format, now.c_str());
+    };
+    phase("\n[--PreInstall : %s --]", firstPass);
+    forEachGeneric([this](GenericComponent& component) {
+        RunState::SetCurrentComponent(UninstallLog::kRoot);
+        if (IsPackaging()) {
+            component.SetPackaging(true);
+        }
+        component.RunPreInstall();
+    });
+    for (auto& component : mComponents) {
+        component->Install();
+    }
+    phase("\n[--PostInstall : %s --]", firstPass);
+    forEachGeneric([this](GenericComponent& component) {
+        if (IsPackaging()) {
+            component.SetPackaging(true);
+        }
+        component.RunPostInstall();
+    });
+    if (mIpcTransfer != nullptr) {
+        mIpcTransfer->SetCurrentTitle(
+                nlsTitle(IsPackaging() ? "PACKAGING_FINISHING" : "INSTALL_FINISHING"));
+    }
+    if (!mDevices.empty()) {
+        phase("\n[--Device Install : %s --]", true);
+        for (auto& device : mDevices) {
+            if (!device->Install()) {
+                scope.Log(0, "There was a problem with device installation. ");
+            }
+        }
+    }
+    if (!mDrivers.empty()) {
+        phase("\n[--Driver Install : %s --]", true);
+        for (auto& driver : mDrivers) {
+            CStdStr name;
+            driver->GetName(name);
+            if (driver->Install()) {
+                UninstallLog::Global().SetSpecial("DriverListNew", name, "1");
+            }
+        }
+    }
+    phase("\n[--Finish Install : %s --]", true);
+    forEachGeneric([](GenericComponent& component) { component.RunFinishInstall(); });
+}
+
+// ---- helpers of the run ----
+
+CStdStr Engine::nlsTitle(const char* key) const {
+    // Without language texts the key stands in their place.
+    CStdStr text = NlsFile::GetText(key);
+    return text.empty() ? CStdStr(key) : text;
+}
+
+bool Engine::driverFolderExists() {
+    PathObject product;
+    product.SetDirectory(ConfigFolder());
+    product.SetName("product.ini");
+    CStdStr folders;
+    if (!ProductIni::LoadProductIni(product.GetFullPath()) || !ProductIni::GetDriverDir(folders)) {
+        return false;
+    }
+    CifFile defines(false);
+    defines.InitDefines(mScript.get(), CStdStr());
+    if (CifDefine* resolver = defines.GetDefines()) {
+        resolver->resolveStrDefine(folders, CStdStr());
+    }
+    CStdStr application = SystemPath(SystemPath::ApplicationFolder).GetDirectory();
+    for (const CStdStr& folder : Tokenizer::Split(folders, ',', Tokenizer::Trim)) {
+        PathObject candidate;
+        candidate.SetDirectory(application);
+        candidate.AppendDirectory(folder);
+        if (FileOp::IsDirectory(candidate.GetDirectory())) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void Engine::removeTemporaryDriverFiles() {
+    for (const CStdStr& file : RunState::TakeTemporaryFiles()) {
+        FileOp::Remove(file, 0);
+    }
+}
+
+void Engine::doLegacyComponentSetting() {
+    if (IsPackaging()) {
+        return;
+    }
+    LogScope scope(kComponent, "Engine::doLegacyComponentSetting", kMask);
+    PathObject path;
+    path.SetDirectory(ConfigFolder());
+    path.SetName("legacy.ls");
+    if (!path.Exists()) {
+        return;
+    }
+    CifFile legacy(path.GetFullPath(), false);
+    legacy.InitDefines(mScript.get(), CStdStr());
+    IniSection* components = legacy.FindSection("Component");
+    if (components == nullptr) {
+        return;
+    }
+    UninstallLog& log = UninstallLog::Global();
+    CStdStr oem = NlsFile::GetText("OEM");
+    CStdStr name;
+    CStdStr ignored;
+    components->Reset();
+    while (components->GetCurrentValue(name, ignored)) {
+        components->Next();
+        for (const char* suffix : {"_Files", "_Reg"}) {
+            CStdStr source = name + suffix + "," + oem;
+            IniSection* sourceSection = log.FindSection(source);
+            if (sourceSection == nullptr) {
+                scope.Log(logmask::General, "[%s] doesn't exist in ULF.  Skip...", source.c_str());
+                continue;
+            }
+            IniSection* own = legacy.FindSection(name);
+            if (own == nullptr) {
+                continue;
+            }
+            CStdStr key;
+            CStdStr legacyName;
+            own->GetValue("Key", key);
+            own->GetValue("Legacy", legacyName);
+            CStdStr target = key.empty() ? legacyName + suffix : legacyName + suffix + "," + key;
+            if (IniSection* existing = log.FindSection(target)) {
+                scope.Log(kMask, "[%s] exists in ULF.  Merging it to existing [%s] in ULF...",
+                          source.c_str(), target.c_str());
+                existing->Merge(*sourceSection, true);
+            } else {
+                IniSection* added = log.GetOrCreateSection(target);
+                added->Merge(*sourceSection, true);
+                scope.Log(kMask, "[%s] exists in ULF.  Adding [%s] to ULF...", source.c_str(),
+                          target.c_str());
+            }
+        }
+    }
 }

@@ -6,8 +6,14 @@
 #include "os/OsTypes.h"
 
 #include <memory>
+#include <vector>
 
+class GenericComponent;
 class IniFile;
+class IniSection;
+class InstallComponent;
+class InstallFactory;
+class InstallMap;
 class IpcTransfer;
 
 class Engine {
@@ -44,18 +50,51 @@ public:
     // Compares dotted versions part by part as numbers; a version that runs out first is lower.
     static int CompareVersions(const CStdStr& left, const CStdStr& right);
 
+    // The components of the run, roots first, in the order of the script.
+    const std::vector<std::unique_ptr<InstallComponent>>& GetComponents() const {
+        return mComponents;
+    }
+    InstallMap* GetInstallMap() const { return mInstallMap.get(); }
+    bool IsPackaging() const { return !mPackageDir.empty(); }
+
+    void makeInstallMap(bool uninstall);
+    // Makes the objects of a run from the Install or Uninstall section, in its order.
+    void getInstallObjects(IniSection* section, bool uninstall, bool remote);
+    // One component with its required, sub, template and group components; null when it
+    // cannot be made.
+    InstallComponent* makeCustomComponent(CStdStr name, InstallFactory* factory, unsigned selection,
+                                          bool uninstall, InstallComponent* parent,
+                                          CStdStr parentName);
+    // Whether a component may be removed: no component that stays needs it.
+    bool dependenciesOK(int componentIndex);
+    // One walk through all phases of an install.
+    void doAllInstall(bool firstPass);
+    // Records of old components taken over by the components that replaced them.
+    void doLegacyComponentSetting();
+
 private:
     bool checkTempFolder();
+    bool driverFolderExists();
+    bool isRemovedInThisRun(const CStdStr& name);
+    void removeTemporaryDriverFiles();
+    CStdStr nlsTitle(const char* key) const;
+    template <typename Phase>
+    void forEachGeneric(Phase phase);
     void chooseLogFile();
     void dumpScript(class LogScope& scope);
     void applyVariables();
 
+    std::unique_ptr<InstallMap> mInstallMap;
     std::unique_ptr<IniFile> mScript;
     CStdStr mScriptPath;
     CStdStr mVariables;
     CStdStr mOutFile;
     IpcTransfer* mIpcTransfer = nullptr;
     os::Module mInstance;
+    std::vector<std::unique_ptr<InstallComponent>> mComponents;
+    std::vector<std::unique_ptr<InstallComponent>> mDrivers;
+    std::vector<std::unique_ptr<InstallComponent>> mDevices;
+    std::vector<std::unique_ptr<InstallComponent>> mAltDrivers;
     CStdStr mPackageDir;
     CStdStr mOemName;
     CStdStr mOemUninstaller;

@@ -84,6 +84,8 @@ public:
     static bool IsZombieModeEnabled() { return sZombieEnabled; }
     static void SetZombieMode(bool enabled) { sZombieEnabled = enabled; }
     static const SortedList<PathObject>& GetZombieList() { return sZombieList; }
+    // Forgets what waits on the zombie list, without acting on it.
+    static void ClearZombieList() { sZombieList.Clear(); }
     static const CStdStringList& GetWinInitLines() { return sWinInitLines; }
 
     static std::uint32_t GetLastError() { return sLastError; }

@@ -25,6 +25,7 @@ protected:
         os::CreateDirectory(package + "\\Config");
         ASSERT_TRUE(TestMachine::WriteFile(package + "\\Config\\product.ini",
                                            "[GENERAL]\nLogName=t.log\nWatch=NOTEPAD.EXE\n"));
+        ASSERT_TRUE(TestMachine::WriteFile(package + "\\Config\\install.map", "[Components]\nTools=Tools.cif\n"));
         SetWorkingDirA(package.c_str());
     }
 

@@ -56,6 +56,7 @@ protected:
     std::string package(const std::string& scriptText) {
         fs::create_directories(root / "pkg" / "Config");
         std::ofstream(root / "pkg" / "Config" / "product.ini") << "[GENERAL]\nLogName=e2e.log\n";
+        std::ofstream(root / "pkg" / "Config" / "install.map") << "[Components]\nTools=Tools.cif\n";
         std::ofstream(root / "pkg" / "setup.isf") << scriptText;
         return (root / "pkg" / "setup.isf").string();
     }

@@ -26,6 +26,7 @@ protected:
         }
         SystemPath::SetApplicationDirectoryOverride(package);
         ASSERT_TRUE(TestMachine::WriteFile(package + "\\Config\\product.ini", "[GENERAL]\n"));
+        ASSERT_TRUE(TestMachine::WriteFile(package + "\\Config\\install.map", "[Components]\nTools=Tools.cif\n"));
     }
 
     void TearDown() override {

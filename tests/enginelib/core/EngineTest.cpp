@@ -26,6 +26,8 @@ protected:
         os::CreateDirectory(package + "\\Config");
         SystemPath::SetApplicationDirectoryOverride(package);
         writeProduct("[GENERAL]\nLogName=product.log\n");
+        ASSERT_TRUE(TestMachine::WriteFile(package + "\\Config\\install.map", "[Components]\nTools=Tools.cif\n"));
+        ASSERT_TRUE(TestMachine::WriteFile(package + "\\Config\\Uninstall.cif", "[Uninstall]\nVersion=1.0\n"));
     }
 
     void TearDown() override {
