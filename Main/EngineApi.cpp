@@ -12,6 +12,7 @@
 #include "script/SystemPath.h"
 #include "system/DebugLogger.h"
 #include "system/LogScope.h"
+#include "uninstall/UninstallLog.h"
 
 IpcTransfer* EngineApi::sIpcTransfer = nullptr;
 os::Module EngineApi::sModuleHandle = nullptr;
@@ -53,7 +54,9 @@ bool EngineApi::DoInstallCommon(const CStdStr& script, const CStdStr& variables,
     }
     engine.SetIpcTransfer(sIpcTransfer);
     RunState::SetReporter(sIpcTransfer);
-    return engine.Install();
+    bool result = engine.Install();
+    UninstallLog::Global().Commit();
+    return result;
 }
 
 bool EngineApi::DoUninstallCommon(const CStdStr& script, const CStdStr& variables,
@@ -68,6 +71,7 @@ bool EngineApi::DoUninstallCommon(const CStdStr& script, const CStdStr& variable
             engine.SetIpcTransfer(sIpcTransfer);
             RunState::SetReporter(sIpcTransfer);
             result = engine.Uninstall();
+            UninstallLog::Global().Commit();
         } else {
             scope.Log(0, "Engine.Initialize failed. Aborting uninstall.");
         }

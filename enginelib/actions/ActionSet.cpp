@@ -153,7 +153,8 @@ int ActionSet::Run(CStdStr componentName, bool thawing, const CStdStr& title, bo
         }
     }
 
-    if (!title.empty()) {
+    // A run that builds a package leaves the uninstall log as it found it.
+    if (!title.empty() && RunState::GetPackageDir().empty()) {
         if (removeTitle) {
             log.RemoveOEMSharedBy(componentName, title);
         } else {

@@ -84,7 +84,41 @@ bool FileAction::Perform(CStdStr) {
               static_cast<int>(mOperation), mFilePath.c_str(), mTargetPath.c_str(),
               mDoVersionCheck ? 1 : 0);
     mUnitsReported = false;
+    CStdStr package = RunState::GetPackageDir();
+    bool ok = package.empty() ? run(true) : runForPackage(package);
+    scope.SetResult(ok);
+    return ok;
+}
+
+CStdStr FileAction::PackageTarget(const CStdStr& packageFolder, const CStdStr& target) {
+    CStdStr relative = target;
+    if (relative.rfind("\\\\", 0) == 0) {
+        relative = "UNC\\" + relative.Mid(2);
+    } else if (relative.size() >= 2 && relative[1] == ':') {
+        relative = relative.Left(1) + relative.Mid(2);
+    }
+    relative.TrimLeft('\\');
+    return relative.empty() ? packageFolder : CStdStr(packageFolder + "\\" + relative);
+}
+
+bool FileAction::runForPackage(const CStdStr& packageFolder) {
+    LogScope scope(kComponent, "FileAction::runForPackage", kMask);
+    CStdStr folder = packageFolder;
+    folder.Replace("$TEMP_DIR$", SystemPath(SystemPath::TempFolder).GetDirectory().c_str());
+    if (mOperation == Delete || mOperation == DeleteDir || mOperation == DeleteWithWildcard) {
+        scope.Log(kMask, "Packaging: nothing of the machine is deleted (%s)", mFilePath.c_str());
+        scope.SetResult(true);
+        return true;
+    }
+    CStdStr target = mTargetPath;
+    CStdStr dirPath = mDirPath;
+    mTargetPath = PackageTarget(folder, target);
+    mDirPath = PackageTarget(folder, dirPath);
+    scope.Log(kMask, "Packaging into %s",
+              mOperation == CreateDir ? mDirPath.c_str() : mTargetPath.c_str());
     bool ok = run(true);
+    mTargetPath = target;
+    mDirPath = dirPath;
     scope.SetResult(ok);
     return ok;
 }

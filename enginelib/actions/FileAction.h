@@ -37,9 +37,16 @@ public:
     bool GetAllowComma() const { return mAllowComma; }
     bool GetWipeOutFolder() const { return mWipeOutFolder; }
 
+    // Where a target of the machine lands in the package folder: "C:\\a\\b" becomes
+    // "<package>\\C\\a\\b".
+    static CStdStr PackageTarget(const CStdStr& packageFolder, const CStdStr& target);
+
 private:
     // The work of the operation; with `flag` false only the units are counted.
     bool run(bool flag);
+    // A run that builds a package: what the operation would place goes below the package
+    // folder, and nothing of the machine is deleted.
+    bool runForPackage(const CStdStr& packageFolder);
 
     bool simpleCopy(const CStdStr& source, const CStdStr& target, bool flag);
     bool copyWhat(const CStdStr& source, const CStdStr& target, bool flag);

@@ -4,6 +4,7 @@
 #include "actions/FileAction.h"
 #include "components/GenericComponent.h"
 #include "os/Files.h"
+#include "script/CifDefine.h"
 #include "script/CifExtReq.h"
 #include "script/CifFile.h"
 #include "script/NlsFile.h"
@@ -280,7 +281,11 @@ GenericComponent* CustomFactory::createObject(const CStdStr& name, const CStdStr
     CStdStringList groupComponents =
             Tokenizer::Split(MainValue(main, "GroupComponents"), ',', Tokenizer::Trim);
     CStdStringList templates = Tokenizer::Split(MainValue(main, "Templates"), ',', Tokenizer::Trim);
-    CStdStr baseDir = cif.GetDirectory();
+    // The base folder of a component is where it installs to: its INSTALL_DIR.
+    CStdStr baseDir;
+    if (CifDefine* defines = cif.GetDefines()) {
+        defines->GetMutableDefine(sectionName, "INSTALL_DIR", baseDir);
+    }
 
     auto* component = new GenericComponent(instanceName, version, sourceLocation, baseDir,
                                            oemCommon, requiredNames, platform, subComponents,

@@ -64,6 +64,13 @@ void GenericComponent::SetIpcTransfer(IpcTransfer* transfer) {
     }
 }
 
+void GenericComponent::SetPackaging(bool packaging) {
+    InstallComponent::SetPackaging(packaging);
+    for (auto& child : mChildren) {
+        child->SetPackaging(packaging);
+    }
+}
+
 std::uint32_t GenericComponent::GetInstallUnits() {
     std::uint32_t units = mInstallActions.GetUnits() + mOemInstallActions.GetUnits() +
                           mCleanupActions.GetUnits() + mPreInstallActions.GetUnits() +

@@ -20,6 +20,7 @@ public:
     ~GenericComponent() override;
 
     void SetIpcTransfer(IpcTransfer* transfer) override;
+    void SetPackaging(bool packaging) override;
     std::uint32_t GetInstallUnits() override;
     std::uint32_t GetUninstallUnits() override;
     bool Install() override;

@@ -31,7 +31,8 @@ public:
     virtual void GetSourceLocation(CStdStr& location) { location.clear(); }
     virtual void Print() = 0;
 
-    void SetPackaging(bool packaging) { mPackaging = packaging; }
+    // A generic component passes it on to its children.
+    virtual void SetPackaging(bool packaging) { mPackaging = packaging; }
     bool IsPackaging() const { return mPackaging; }
 
     ActionSet& GetInstallActions() { return mInstallActions; }
