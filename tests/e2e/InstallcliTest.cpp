@@ -1,23 +1,19 @@
 // installcli end to end, against fresh simulated machines.
+#include "CliRunner.h"
 #include "sim/MachinePreset.h"
 
-#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
 
 namespace fs = std::filesystem;
 
-struct Result {
-    int code = -1;
-    std::string output;
-};
+using Result = e2e::CliResult;
 
 class InstallcliTest : public ::testing::Test {
 protected:
@@ -31,19 +27,7 @@ protected:
     }
     void TearDown() override { fs::remove_all(root); }
 
-    Result run(const std::string& arguments) {
-        std::string command = std::string(INSTALLCLI_PATH) + " " + arguments + " 2>&1";
-        Result result;
-        FILE* pipe = ::popen(command.c_str(), "r");
-        std::array<char, 4096> buffer;
-        size_t count = 0;
-        while ((count = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0) {
-            result.output.append(buffer.data(), count);
-        }
-        int status = ::pclose(pipe);
-        result.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-        return result;
-    }
+    Result run(const std::string& arguments) { return e2e::RunInstallcli(arguments); }
 
     std::string machine(const std::string& preset) {
         std::string dir = (root / preset).string();

@@ -1,10 +1,9 @@
 // `installcli machine show` lists the machine's uninstall log by component.
-#include <array>
+#include "CliRunner.h"
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -24,19 +23,11 @@ protected:
     void TearDown() override { fs::remove_all(root); }
 
     int run(const std::string& arguments, std::string* output) {
-        std::string command = std::string(INSTALLCLI_PATH) + " " + arguments + " 2>&1";
-        FILE* pipe = ::popen(command.c_str(), "r");
-        std::array<char, 4096> buffer;
-        size_t count = 0;
-        std::string text;
-        while ((count = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0) {
-            text.append(buffer.data(), count);
-        }
-        int status = ::pclose(pipe);
+        e2e::CliResult result = e2e::RunInstallcli(arguments);
         if (output != nullptr) {
-            *output = text;
+            *output = result.output;
         }
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        return result.code;
     }
 
     std::string show() {
