@@ -224,7 +224,7 @@ bool GenericComponent::RunPostInstall() {
     runActionList(mPostInstallActions, "", false, false, false);
     forEachGenericChild([](GenericComponent& child) { child.RunPostInstall(); });
     // A component of a host medium hands its records to the products that the medium serves.
-    CStdStr productKey = ProductIni::GetValue("GENERAL", "ProductKey");
+    CStdStr productKey = ProductIni::ProductKey();
     if (productKey.GetLength() > 5 && productKey.Find("HostCD") > 0 && mOemCommon && !mPackaging) {
         UninstallLog::Global().Commit();
         UninstallLog::Global().MergeHostComponent(mName);

@@ -19,4 +19,12 @@ public:
         }
         return false;
     }
+    // The entries with `separator` between them.
+    CStdStr Join(const char* separator) const {
+        CStdStr joined;
+        for (size_t index = 0; index < size(); ++index) {
+            joined += (index == 0 ? "" : separator) + (*this)[index];
+        }
+        return joined;
+    }
 };

@@ -4,6 +4,7 @@
 #include "components/CustomFactory.h"
 #include "components/GenericComponent.h"
 #include "core/InstallMap.h"
+#include "core/InstallScript.h"
 #include "core/IpcTransfer.h"
 #include "core/OldScriptConverter.h"
 #include "core/ProductIni.h"
@@ -117,12 +118,8 @@ bool Engine::checkTempFolder() {
 void Engine::chooseLogFile() {
     PathObject log;
     if (mOutFile.empty()) {
-        CStdStr name;
-        if (!ProductIni::GetProductValue("GENERAL", "LogName", name)) {
-            name = "install.log";
-        }
         log.SetDirectory(SystemPath(SystemPath::TempFolder).GetDirectory());
-        log.SetName(name);
+        log.SetName(ProductIni::LogName());
     } else {
         log = PathObject(mOutFile);
         if (log.GetDirectory().empty()) {
@@ -181,9 +178,9 @@ bool Engine::Initialize(bool uninstall) {
 
     chooseLogFile();
 
-    CStdStr level;
-    if (ProductIni::GetProductValue("GENERAL", "LogLevel", level)) {
-        auto bits = static_cast<std::uint32_t>(std::strtoul(level.c_str(), nullptr, 0));
+    std::uint32_t bits = 0;
+    bool levelSet = ProductIni::LogLevel(bits);
+    if (levelSet) {
         logger.SetLogBits(logger.GetLogBits() | bits);
         if (logger.GetEnableCount() > 0) {
             logger.SetCurrentMask(logger.GetCurrentMask() | bits);
@@ -199,12 +196,12 @@ bool Engine::Initialize(bool uninstall) {
     RunState::SetScript(mScript.get());
     RunState::SetScriptPath(mScriptPath);
 
-    CStdStr scriptVersion = mScript->GetValue("Version", "ScriptVersion");
+    CStdStr scriptVersion = InstallScript(*mScript, uninstall).ScriptVersion();
     if (scriptVersion.empty() || CompareVersions(scriptVersion, kVersion) < 0) {
         OldScriptConverter::Convert(*mScript);
     }
 
-    CStdStr language = mScript->GetValue("Install", "Language");
+    CStdStr language = InstallScript(*mScript, uninstall).Language();
     if (!language.empty()) {
         InitializeNLS(language);
     }
@@ -219,11 +216,17 @@ bool Engine::Initialize(bool uninstall) {
             uninstall ? "Do the actual uninstall of all software and printers."
                       : "Do the actual install of all software and printers.");
     dumpScript(scope);
+    if (levelSet) {
+        scope.Log(logmask::Info, "LogLevel 0x%X of product.ini added to the log mask", bits);
+    }
 
+    CStdStr platforms = ProductIni::Platforms().Join(",");
     if (!ProductIni::IsPlatformSupported()) {
         scope.Log(0, "OS not supported. Halting Engine.");
         return false;
     }
+    scope.Log(logmask::Info, "This system (%s) is one of the product's platforms (%s)",
+              OSInfo().Tokens().Join(",").c_str(), platforms.c_str());
     if (uninstall) {
         FileOp::SetZombieMode(true);
     }
@@ -236,24 +239,24 @@ bool Engine::Initialize(bool uninstall) {
         applyVariables();
     }
     UninstallLog& log = UninstallLog::Global();
-    CStdStr value;
-    if (ProductIni::GetProductValue("GENERAL", "ProductKey", value)) {
-        log.SetProduct(value);
+    if (CStdStr product = ProductIni::ProductKey(); !product.empty()) {
+        log.SetProduct(product);
     }
-    if (ProductIni::GetProductValue("GENERAL", "OEMDisplay", value)) {
-        log.SetOemProduct(value);
+    if (CStdStr display = ProductIni::OemDisplay(); !display.empty()) {
+        log.SetOemProduct(display);
     }
     log.SetManufacturer(CustomFactory::kMakerFolder);
-    bool convert = !ProductIni::GetValue("GENERAL", "ConvertOldLog").EqualsNoCase("0");
+    bool convert = ProductIni::ConvertOldLog();
     log.ReadAllRelevant(convert, convert);
     return true;
 }
 
 bool Engine::Uninstall() {
     LogScope scope(kComponent, "Engine::Uninstall", kMask);
-    mOemName = mScript->GetValue("OEMProduct", "Name");
-    mOemUninstaller = mScript->GetValue("OEMProduct", "Uninstaller");
-    if (mScript->FindSection("Uninstall") == nullptr) {
+    InstallScript script(*mScript, true);
+    mOemName = script.OemName();
+    mOemUninstaller = script.WantsOemUninstaller() ? "2" : "";
+    if (script.RunSection() == nullptr) {
         scope.Log(0, "Script file is missing %s section", "Uninstall");
         return false;
     }
@@ -296,8 +299,7 @@ void Engine::makeInstallMap(bool uninstall) {
         PathObject cif = config;
         cif.SetName("Uninstall.cif");
         if (!cif.Exists()) {
-            CStdStr name;
-            if (ProductIni::GetProductValue("GENERAL", "UninstCIF", name)) {
+            if (CStdStr name = ProductIni::UninstallCif(); !name.empty()) {
                 cif.SetName(name);
             }
         }
@@ -334,15 +336,17 @@ void Engine::getInstallObjects(IniSection* section, bool uninstall, bool remote)
     CustomFactory factory(mScript.get());
     factory.SetSkipRequirements(remote || IsPackaging());
     factory.SetNoLog(IsPackaging());
+    InstallScript script(*mScript, uninstall);
     std::vector<std::pair<CStdStr, CStdStr>> entries(section->Lines().begin(),
                                                      section->Lines().end());
     for (const auto& [key, value] : entries) {
         int number = std::atoi(value.c_str());
-        if (key.EqualsNoCase("Drivers") || key.EqualsNoCase("Devices") ||
-            key.EqualsNoCase("Scanners") || (uninstall && key.EqualsNoCase("Printers"))) {
+        if (script.IsScriptKey(key)) {
             // Drivers, devices, scanners and printers come from INF files and the spooler; this
             // engine does not make those objects yet.
-            if (number > 0) {
+            bool hardware = key.EqualsNoCase("Drivers") || key.EqualsNoCase("Devices") ||
+                            key.EqualsNoCase("Scanners") || key.EqualsNoCase("Printers");
+            if (hardware && number > 0) {
                 scope.Log(0, "%s are not installed by this engine", key.c_str());
             }
             continue;
@@ -604,12 +608,13 @@ bool Engine::isRemovedInThisRun(const CStdStr& name) {
 
 bool Engine::Install() {
     LogScope scope(kComponent, "Engine::Install", kMask);
-    if (mScript->FindSection("Package") != nullptr) {
+    InstallScript script(*mScript, false);
+    if (script.IsPackage()) {
         mPackageDir = "$TEMP_DIR$\\CustomPackage";
     }
     RunState::SetPackageDir(mPackageDir);
-    mOemName = mScript->GetValue("OEMProduct", "Name");
-    IniSection* install = mScript->FindSection("Install");
+    mOemName = script.OemName();
+    IniSection* install = script.RunSection();
     if (install == nullptr) {
         scope.Log(0, "Script file is missing %s section", "Install");
         return false;
@@ -667,7 +672,7 @@ bool Engine::Install() {
     removeTemporaryDriverFiles();
     doLegacyComponentSetting();
 
-    CStdStr remoteTemp = mScript->GetValue("Install", "RemoteTempDir");
+    CStdStr remoteTemp = InstallScript(*mScript, false).RemoteTempDir();
     if (!remoteTemp.empty()) {
         CStdStr folder = PathObject(remoteTemp).GetDirectory();
         if (folder.Find("instdir.tmp") < 0) {

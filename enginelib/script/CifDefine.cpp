@@ -237,9 +237,9 @@ bool CifDefine::installDirFor(const CStdStr& component, const CStdStr& section, 
         value = stored->second;
         return true;
     }
-    CStdStr product = ProductIni::GetValue("GENERAL", "DisplayName");
+    CStdStr product = ProductIni::DisplayName();
     if (product.empty()) {
-        product = ProductIni::GetValue("GENERAL", "ProductKey");
+        product = ProductIni::ProductKey();
     }
     PathObject folder = SystemPath(SystemPath::ProgramFiles);
     if (!product.empty()) {
@@ -304,7 +304,7 @@ bool CifDefine::GetBuiltinDefine(const CStdStr& name, CStdStr& value) {
         return true;
     }
     if (key.EqualsNoCase("PRODUCT_KEY")) {
-        value = ProductIni::GetValue("GENERAL", "ProductKey");
+        value = ProductIni::ProductKey();
         return true;
     }
     if (key.EqualsNoCase("OEM_PRODUCT")) {

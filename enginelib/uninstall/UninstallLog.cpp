@@ -39,14 +39,6 @@ CStdStr Scoped(const CStdStr& name, const CStdStr& scope) {
     return scope.empty() ? name : CStdStr(name + "," + scope);
 }
 
-CStdStr JoinList(const CStdStringList& list) {
-    CStdStr joined;
-    for (const CStdStr& item : list) {
-        joined += (joined.empty() ? "" : ",") + item;
-    }
-    return joined;
-}
-
 bool HasOuterBlank(const CStdStr& text) {
     return !text.empty() && (CStdStr::IsSpace(text.front()) || CStdStr::IsSpace(text.back()));
 }
@@ -368,7 +360,7 @@ bool UninstallLog::AddToList(const CStdStr& component, const CStdStr& key, const
         return true;
     }
     list.Add(name);
-    return SetSpecial(component, key, JoinList(list));
+    return SetSpecial(component, key, list.Join(","));
 }
 
 bool UninstallLog::RemoveFromList(const CStdStr& component, const CStdStr& key,
@@ -387,7 +379,7 @@ bool UninstallLog::RemoveFromList(const CStdStr& component, const CStdStr& key,
     if (kept.empty()) {
         return RemoveItem(itemtype::Special, component, key);
     }
-    return SetSpecial(component, key, JoinList(kept));
+    return SetSpecial(component, key, kept.Join(","));
 }
 
 bool UninstallLog::AddRequiredBy(const CStdStr& item, const CStdStr& component) {
