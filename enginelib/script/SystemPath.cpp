@@ -204,6 +204,22 @@ void SystemPath::setFolder(const CStdStr& folder) {
     mName.clear();
 }
 
+CStdStr SystemPath::checkSourceFromRegistry(const CStdStr& product) {
+    Registry registry;
+    CStdStr key = CStdStr(kCurrentVersion) + "\\Uninstall\\" + product;
+    CStdStr source = registry.ReadStringValue("HKLM", key, "InstallSource");
+    if (source.empty()) {
+        return source;
+    }
+    std::string expanded;
+    os::Error error = os::ExpandEnvironmentStrings(source, expanded);
+    if (error != os::error::Success) {
+        ENGINE_LOG(0, "ExpandEnvironmentStrings failed and returned %d", static_cast<int>(error));
+        return CStdStr();
+    }
+    return expanded;
+}
+
 void SystemPath::fromRegistryFolder(const char* root, const char* key, const char* value) {
     Registry registry;
     setFolder(registry.ReadStringValue(root, key, value));

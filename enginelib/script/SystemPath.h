@@ -56,6 +56,10 @@ public:
     // that is not one.
     static CStdStr GetDefine(const CStdStr& name);
 
+    // Where the product was installed from, as its entry of installed programs records it
+    // (InstallSource), with environment variables expanded; empty when it records nothing.
+    static CStdStr checkSourceFromRegistry(const CStdStr& product);
+
 private:
     void setFolder(const CStdStr& folder);
     void fromRegistryFolder(const char* root, const char* key, const char* value);

@@ -1,5 +1,7 @@
 #include "script/SystemPath.h"
 #include "support/TestMachine.h"
+#include "system/Registry.h"
+#include "system/RegistryValue.h"
 
 #include <gtest/gtest.h>
 
@@ -87,6 +89,22 @@ TEST(SystemPath, AnUnknownCodeLeavesTheObjectAlone) {
     SystemPath path(SystemPath::WindowsFolder);
     path.SetPath(99);
     EXPECT_EQ("C:\\Windows", path.GetFullPath());
+}
+
+} // namespace
+
+namespace {
+
+TEST(SystemPath, TheInstallSourceOfAProductComesFromItsProgramEntryExpanded) {
+    TestMachine machine("xp");
+    const char* const key = "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Suite";
+    EXPECT_EQ("", SystemPath::checkSourceFromRegistry("Suite"));
+    Registry registry;
+    ASSERT_TRUE(registry.CreateKey("HKLM", key, true));
+    ASSERT_TRUE(registry.WriteValue("HKLM", key, "InstallSource",
+                                    RegistryValue::String("%SystemDrive%\\Media\\Suite", 2)));
+    EXPECT_EQ("C:\\Media\\Suite", SystemPath::checkSourceFromRegistry("Suite"));
+    EXPECT_EQ("", SystemPath::checkSourceFromRegistry("Other"));
 }
 
 } // namespace
