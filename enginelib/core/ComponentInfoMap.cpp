@@ -1,6 +1,6 @@
 #include "core/ComponentInfoMap.h"
 
-#include "script/IniFile.h"
+#include "core/InstallMap.h"
 #include "script/SystemPath.h"
 #include "system/DebugLogger.h"
 #include "system/LogScope.h"
@@ -17,31 +17,18 @@ bool ComponentInfoMap::creatingMap() {
         scope.SetResult(false);
         return false;
     }
-    IniFile map(mapFile.GetFullPath(), false);
-    IniSection* components = map.FindSection("Components");
-    if (components == nullptr || components->ValueCount() == 0) {
-        scope.Log(0, "Missing 'Components' section in map file : File = %s",
-                  mapFile.GetFullPath().c_str());
+    std::vector<std::pair<CStdStr, CStdStr>> components;
+    if (!InstallMap::ReadComponents(mapFile, config, components)) {
         scope.SetResult(false);
         return false;
     }
     mInfos.clear();
-    CStdStr name;
-    CStdStr cif;
-    components->Reset();
-    while (components->GetCurrentValue(name, cif)) {
-        components->Next();
-        if (cif.empty()) {
+    for (const auto& [name, cif] : components) {
+        if (!PathObject(cif).Exists()) {
+            scope.Log(0, "file %s was not found for %s", cif.c_str(), name.c_str());
             continue;
         }
-        PathObject cifPath = config;
-        cifPath.SetName(cif);
-        if (!cifPath.Exists()) {
-            scope.Log(0, "file %s was not found for %s", cifPath.GetFullPath().c_str(),
-                      name.c_str());
-            continue;
-        }
-        ComponentInfo info(name, cifPath.GetFullPath());
+        ComponentInfo info(name, cif);
         info.readCompStatus();
         info.readInstalledInfo();
         mInfos.emplace(name, info);

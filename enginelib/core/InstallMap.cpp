@@ -9,28 +9,37 @@
 
 InstallMap::~InstallMap() = default;
 
-bool InstallMap::Read(const PathObject& mapFile, const PathObject& folder) {
-    LogScope scope("InstallMap", "InstallMap::Read", logmask::EngineApi);
+bool InstallMap::ReadComponents(const PathObject& mapFile, const PathObject& folder,
+                                std::vector<std::pair<CStdStr, CStdStr>>& components) {
     IniFile map(mapFile.GetFullPath(), false);
-    IniSection* components = map.FindSection("Components");
-    if (components == nullptr || components->ValueCount() == 0) {
-        scope.Log(0, "Missing 'Components' section in map file : File = %s",
-                  mapFile.GetFullPath().c_str());
-        scope.SetResult(false);
+    IniSection* section = map.FindSection("Components");
+    if (section == nullptr || section->ValueCount() == 0) {
+        ENGINE_LOG(0, "Missing 'Components' section in map file : File = %s",
+                   mapFile.GetFullPath().c_str());
         return false;
     }
     CStdStr name;
     CStdStr value;
-    components->Reset();
-    while (components->GetCurrentValue(name, value)) {
-        components->Next();
-        if (value.empty()) {
-            continue;
+    section->Reset();
+    for (; section->GetCurrentValue(name, value); section->Next()) {
+        if (!value.empty()) {
+            PathObject cif;
+            cif.SetDirectory(folder.GetFullPath());
+            cif.SetName(value);
+            components.emplace_back(name, cif.GetFullPath());
         }
-        PathObject cifPath;
-        cifPath.SetDirectory(folder.GetFullPath());
-        cifPath.SetName(value);
-        CStdStr path = cifPath.GetFullPath();
+    }
+    return true;
+}
+
+bool InstallMap::Read(const PathObject& mapFile, const PathObject& folder) {
+    LogScope scope("InstallMap", "InstallMap::Read", logmask::EngineApi);
+    std::vector<std::pair<CStdStr, CStdStr>> components;
+    if (!ReadComponents(mapFile, folder, components)) {
+        scope.SetResult(false);
+        return false;
+    }
+    for (const auto& [name, path] : components) {
         auto shared = std::find_if(mOwned.begin(), mOwned.end(), [&](const auto& cif) {
             return cif->GetFileName().EqualsNoCase(path);
         });

@@ -21,6 +21,11 @@ public:
     // Reads the section Components of `mapFile`; CIF names are relative to `folder`. The CIFs
     // are not read yet: their text loads when a component is made or tested.
     bool Read(const PathObject& mapFile, const PathObject& folder);
+    // The lines of the section Components that name a file, in file order: the component name
+    // and the full path of its CIF below `folder`. False, logged, when the section is missing or
+    // empty.
+    static bool ReadComponents(const PathObject& mapFile, const PathObject& folder,
+                               std::vector<std::pair<CStdStr, CStdStr>>& components);
     // The default CIF when one is set; otherwise the CIF of the name, or null.
     CifFile* Find(const CStdStr& name);
     // Makes `cif` the answer to every lookup (owned).

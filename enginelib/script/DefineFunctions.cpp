@@ -38,32 +38,6 @@ bool IsMode(const CStdStr& failMode, const char* mode) {
     return failMode.EqualsNoCase(mode);
 }
 
-// A registry value as text: a DWORD in decimal, binary data as its bytes stand, a
-// multi-string as its first string.
-CStdStr TextOf(const RegistryValue& value) {
-    switch (value.type) {
-    case os::regtype::Dword:
-        return CStdStr::Formatted("%u", value.number);
-    case os::regtype::Binary:
-        return CStdStr(reinterpret_cast<const char*>(value.bytes.data()), value.bytes.size());
-    case os::regtype::MultiString:
-        return value.strings.empty() ? CStdStr() : value.strings.front();
-    default:
-        return value.text;
-    }
-}
-
-CStdStr Joined(const CStdStringList& list, const char* separator) {
-    CStdStr text;
-    for (size_t i = 0; i < list.size(); ++i) {
-        if (i > 0) {
-            text += separator;
-        }
-        text += list[i];
-    }
-    return text;
-}
-
 char DelimiterOf(const CStdStr& item) {
     return item.empty() ? ',' : item.front();
 }
@@ -184,7 +158,7 @@ bool DefineFunctions::readReg(const CStdStringList& items, CStdStr& value) {
     Registry registry;
     RegistryValue data;
     if (registry.ReadValue(root, key, valueName, data)) {
-        value = TextOf(data);
+        value = Registry::ValueText(data);
         return true;
     }
     CStdStr message =
@@ -263,7 +237,7 @@ bool DefineFunctions::readIsf(const CStdStringList& items, CStdStr& value) {
                 }
             }
             present = !collected.empty();
-            found = Joined(collected, "|");
+            found = collected.Join("|");
         } else {
             present = section->GetValue(key, found);
         }
@@ -278,7 +252,7 @@ bool DefineFunctions::readIsf(const CStdStringList& items, CStdStr& value) {
             return false;
         }
     }
-    value = Joined(results, "|");
+    value = results.Join("|");
     return true;
 }
 
@@ -488,7 +462,7 @@ bool DefineFunctions::verifyHostName(const CStdStringList& items, CStdStr& value
     folders.Add(application);
     CStdStr library = FindHelperLibrary(folders);
     if (library.empty()) {
-        ENGINE_LOG(0, "Can't locate *hcp.dll in : %s", Joined(folders, "; ").c_str());
+        ENGINE_LOG(0, "Can't locate *hcp.dll in : %s", folders.Join("; ").c_str());
         return true;
     }
     ENGINE_LOG(logmask::CifGf, "Calling ResolveHostName using : %s", library.c_str());

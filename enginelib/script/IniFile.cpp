@@ -271,17 +271,7 @@ bool IniFile::Read(const CStdStr& fileName, bool merge) {
     return true;
 }
 
-bool IniFile::Write(const CStdStr& fileName) {
-    CStdStr path = fileName.empty() ? mFileName : fileName;
-    if (path.empty()) {
-        ENGINE_LOG(0, "empty file name!");
-        return false;
-    }
-    TextFile file;
-    if (!file.Open(path, TextFile::Write, mEncoding)) {
-        ENGINE_LOG(0, "Failed to open %s for writing.", path.c_str());
-        return false;
-    }
+CStdStr IniFile::FormatText() const {
     CStdStr text;
     for (const auto& section : mSections) {
         text += "[" + section->GetName() + "]\n";
@@ -300,5 +290,20 @@ bool IniFile::Write(const CStdStr& fileName) {
         }
         text += "\n";
     }
+    return text;
+}
+
+bool IniFile::Write(const CStdStr& fileName) {
+    CStdStr path = fileName.empty() ? mFileName : fileName;
+    if (path.empty()) {
+        ENGINE_LOG(0, "empty file name!");
+        return false;
+    }
+    TextFile file;
+    if (!file.Open(path, TextFile::Write, mEncoding)) {
+        ENGINE_LOG(0, "Failed to open %s for writing.", path.c_str());
+        return false;
+    }
+    CStdStr text = FormatText();
     return file.WriteString(text) || text.empty();
 }

@@ -25,6 +25,8 @@ public:
     bool Read(const CStdStr& fileName, bool merge = false);
     // Writes the whole model; an empty name means the name given at construction.
     bool Write(const CStdStr& fileName = CStdStr());
+    // The text that Write writes: every section, its lines, and an empty line after each.
+    CStdStr FormatText() const;
 
     // Takes ownership. A null section is refused.
     void AddSection(IniSection* section);

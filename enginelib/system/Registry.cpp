@@ -303,6 +303,10 @@ CStdStr Registry::ReadStringValue(const CStdStr& root, const CStdStr& key,
     if (!ReadValue(root, key, valueName, value)) {
         return CStdStr();
     }
+    return ValueText(value);
+}
+
+CStdStr Registry::ValueText(const RegistryValue& value) {
     switch (value.type) {
     case os::regtype::Dword:
         return CStdStr::Formatted("%u", value.number);

@@ -28,6 +28,8 @@ public:
                    RegistryValue& value);
     // A DWORD in decimal, binary data as its bytes stand, a multi-string as its first string.
     CStdStr ReadStringValue(const CStdStr& root, const CStdStr& key, const CStdStr& valueName);
+    // A value as ReadStringValue gives it.
+    static CStdStr ValueText(const RegistryValue& value);
     bool WriteValue(const CStdStr& root, const CStdStr& key, const CStdStr& valueName,
                     const RegistryValue& value);
     bool DeleteValue(const CStdStr& root, const CStdStr& key, const CStdStr& valueName);

@@ -752,29 +752,6 @@ bool UninstallLog::ReadAllRelevant(bool convertOldest, bool commitAfter) {
     return ok;
 }
 
-CStdStr UninstallLog::formatText() const {
-    CStdStr text;
-    for (int index = 0; index < SectionCount(); ++index) {
-        IniSection* section = GetSection(index);
-        text += "[" + section->GetName() + "]\n";
-        for (const CStdStr& name : section->Names()) {
-            CStdStr value;
-            if (!section->GetValue(name, value)) {
-                continue;
-            }
-            if (KeepsKeylessLines() && name.Find('#') >= 0) {
-                text += value + "\n";
-            } else if (value.empty()) {
-                text += name + "\n";
-            } else {
-                text += name + "=" + value + "\n";
-            }
-        }
-        text += "\n";
-    }
-    return text;
-}
-
 bool UninstallLog::writeText(const CStdStr& path, const CStdStr& text) {
     PathObject target(path);
     CStdStr folder = target.GetDirectory().empty() ? CStdStr(".") : target.GetDirectory();
@@ -840,7 +817,7 @@ bool UninstallLog::Commit(const CStdStr& path) {
                !FileStamp(path).empty()) {
         scope.Log(0, "%s could not be read when the run started; it is not replaced", path.c_str());
     } else {
-        ok = writeText(path, formatText());
+        ok = writeText(path, FormatText());
     }
     scope.SetResult(ok);
     return ok;

@@ -141,7 +141,6 @@ private:
     void renameSectionsOf(const CStdStr& name, const CStdStr& newName, bool shared);
     void fixupNewItems();
     bool canRecord(const CStdStr& name, const CStdStr& value) const;
-    CStdStr formatText() const;
     bool writeText(const CStdStr& path, const CStdStr& text);
     // For Installed(): reads the machine's log again when it changed.
     void refreshFromMachine();

@@ -23,31 +23,13 @@ constexpr Error kProcNotFound = 127;
 
 struct Source {
     std::string path; // the ANSI path that was found
-    sim::HostLocation location;
     std::string bytes;
 };
 
 // Reads a file that another process does not hold against reading.
 Error ReadSource(MachineCall& machine, const std::string& path, Source& source) {
-    sim::WindowsPath parsed;
-    if (Error error = machine->Locate(path, source.location, false, &parsed)) {
+    if (Error error = machine->ReadFile(path, source.bytes)) {
         return error;
-    }
-    if (!source.location.exists) {
-        return source.location.parentExists ? error::FileNotFound : error::PathNotFound;
-    }
-    if (source.location.isDirectory) {
-        return error::AccessDenied;
-    }
-    sim::FileLock lock = machine->LockOf(parsed);
-    if (lock == sim::FileLock::Sharing) {
-        return error::SharingViolation;
-    }
-    if (lock == sim::FileLock::Lock) {
-        return error::LockViolation;
-    }
-    if (!sim::ReadWholeFile(source.location.hostPath, source.bytes)) {
-        return error::AccessDenied;
     }
     source.path = path;
     return error::Success;

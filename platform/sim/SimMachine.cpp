@@ -228,6 +228,31 @@ std::string SimMachine::CurrentUserKey() const {
     return "HKEY_USERS\\" + mIdentity.userSid;
 }
 
+os::Error SimMachine::ReadFile(const std::string& ansiPath, std::string& bytes) {
+    HostLocation location;
+    WindowsPath parsed;
+    if (os::Error error = Locate(ansiPath, location, false, &parsed)) {
+        return error;
+    }
+    if (!location.exists) {
+        return location.parentExists ? os::error::FileNotFound : os::error::PathNotFound;
+    }
+    if (location.isDirectory) {
+        return os::error::AccessDenied;
+    }
+    FileLock lock = LockOf(parsed);
+    if (lock == FileLock::Sharing) {
+        return os::error::SharingViolation;
+    }
+    if (lock == FileLock::Lock) {
+        return os::error::LockViolation;
+    }
+    if (!ReadWholeFile(location.hostPath, bytes)) {
+        return os::error::AccessDenied;
+    }
+    return os::error::Success;
+}
+
 os::Error SimMachine::Locate(const std::string& ansiPath, HostLocation& out, bool allowWildcards,
                              WindowsPath* parsed) {
     WindowsPath path;

@@ -79,6 +79,9 @@ public:
     // reach the machines of the [Network] section. `parsed` receives the normalised path.
     os::Error Locate(const std::string& ansiPath, HostLocation& out, bool allowWildcards = false,
                      WindowsPath* parsed = nullptr);
+    // Reads the whole of an existing file as a reader that shares it would: a missing file, a
+    // folder, or a file another process holds against reading gives the error Windows gives.
+    os::Error ReadFile(const std::string& ansiPath, std::string& bytes);
     // The machine's own view of a host path (UTF-8).
     std::string HostToMachine(const std::string& hostPath) const {
         return mPaths.ToMachinePath(hostPath);

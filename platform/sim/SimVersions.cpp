@@ -17,27 +17,9 @@ Error ReadBlock(const std::string& path, std::vector<std::uint8_t>& block) {
     if (!machine) {
         return error::NotReady;
     }
-    sim::HostLocation location;
-    sim::WindowsPath parsed;
-    if (Error error = machine->Locate(path, location, false, &parsed)) {
-        return error;
-    }
-    if (!location.exists) {
-        return location.parentExists ? error::FileNotFound : error::PathNotFound;
-    }
-    if (location.isDirectory) {
-        return error::AccessDenied;
-    }
-    sim::FileLock lock = machine->LockOf(parsed);
-    if (lock == sim::FileLock::Sharing) {
-        return error::SharingViolation;
-    }
-    if (lock == sim::FileLock::Lock) {
-        return error::LockViolation;
-    }
     std::string image;
-    if (!sim::ReadWholeFile(location.hostPath, image)) {
-        return error::AccessDenied;
+    if (Error error = machine->ReadFile(path, image)) {
+        return error;
     }
     return sim::VersionResource::FromImage(image, block);
 }

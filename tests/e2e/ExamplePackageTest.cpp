@@ -1,7 +1,7 @@
 // The example package installed with installcli on fresh simulated machines: what each version
 // of Windows gets, what the uninstall log records, the version and time rules of a second
 // install, files in use, and package mode.
-#include "CliRunner.h"
+#include "CliTest.h"
 #include "sim/MachinePreset.h"
 #include "support/VersionedImage.h"
 
@@ -32,18 +32,15 @@ std::string Image(std::uint16_t major, std::uint16_t minor) {
     return testimage::PeImage(spec);
 }
 
-class ExamplePackageTest : public ::testing::Test {
+class ExamplePackageTest : public e2e::CliTest {
 protected:
-    e2e::ScratchFolder scratch{"example-package"};
-    fs::path package = scratch.Path() / "printer-suite";
+    ExamplePackageTest() : CliTest("example-package") {}
 
-    void SetUp() override { fs::copy(EXAMPLE_PACKAGE, package, fs::copy_options::recursive); }
+    fs::path package = root / "printer-suite";
 
-    fs::path machine(const std::string& preset) {
-        fs::path dir = scratch.Path() / preset;
-        CliResult made = RunInstallcli("machine create " + Quoted(dir) + " --os " + preset);
-        EXPECT_EQ(0, made.code) << made.output;
-        return dir;
+    void SetUp() override {
+        CliTest::SetUp();
+        fs::copy(EXAMPLE_PACKAGE, package, fs::copy_options::recursive);
     }
 
     CliResult install(const fs::path& dir) {

@@ -1,5 +1,5 @@
 // installcli end to end, against fresh simulated machines.
-#include "CliRunner.h"
+#include "CliTest.h"
 #include "sim/MachinePreset.h"
 
 #include <cstdio>
@@ -15,26 +15,9 @@ namespace fs = std::filesystem;
 
 using Result = e2e::CliResult;
 
-class InstallcliTest : public ::testing::Test {
+class InstallcliTest : public e2e::CliTest {
 protected:
-    fs::path root = fs::temp_directory_path() / ("installcli-" + std::to_string(::getpid()));
-
-    void SetUp() override {
-        fs::remove_all(root);
-        fs::create_directories(root / "home");
-        ::setenv("XDG_DATA_HOME", (root / "home").c_str(), 1);
-        ::unsetenv("ENGINE_MACHINE");
-    }
-    void TearDown() override { fs::remove_all(root); }
-
-    Result run(const std::string& arguments) { return e2e::RunInstallcli(arguments); }
-
-    std::string machine(const std::string& preset) {
-        std::string dir = (root / preset).string();
-        Result made = run("machine create " + dir + " --os " + preset);
-        EXPECT_EQ(0, made.code) << made.output;
-        return dir;
-    }
+    InstallcliTest() : CliTest("installcli") {}
 
     // A package folder: Config\product.ini and a script beside it.
     std::string package(const std::string& scriptText) {

@@ -1,5 +1,5 @@
 // `installcli machine reboot` end to end: a machine left with work for its next start.
-#include "CliRunner.h"
+#include "CliTest.h"
 #include "sim/SimMachine.h"
 #include "sim/Text.h"
 
@@ -16,26 +16,9 @@ namespace fs = std::filesystem;
 
 using Result = e2e::CliResult;
 
-class MachineRebootTest : public ::testing::Test {
+class MachineRebootTest : public e2e::CliTest {
 protected:
-    fs::path root = fs::temp_directory_path() / ("installcli-reboot-" + std::to_string(::getpid()));
-
-    void SetUp() override {
-        fs::remove_all(root);
-        fs::create_directories(root / "home");
-        ::setenv("XDG_DATA_HOME", (root / "home").c_str(), 1);
-        ::unsetenv("ENGINE_MACHINE");
-    }
-    void TearDown() override { fs::remove_all(root); }
-
-    Result run(const std::string& arguments) { return e2e::RunInstallcli(arguments); }
-
-    std::string machine(const std::string& preset) {
-        std::string dir = (root / preset).string();
-        Result made = run("machine create " + dir + " --os " + preset);
-        EXPECT_EQ(0, made.code) << made.output;
-        return dir;
-    }
+    MachineRebootTest() : CliTest("installcli-reboot") {}
 
     static void put(const fs::path& file, const std::string& text) {
         fs::create_directories(file.parent_path());

@@ -1,5 +1,5 @@
 // `installcli machine show` lists the machine's uninstall log by component.
-#include "CliRunner.h"
+#include "CliTest.h"
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -10,30 +10,21 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class MachineShowLogTest : public ::testing::Test {
+class MachineShowLogTest : public e2e::CliTest {
 protected:
-    fs::path root = fs::temp_directory_path() / ("showlog-" + std::to_string(::getpid()));
+    MachineShowLogTest() : CliTest("showlog") {}
+
     fs::path log = root / "xp" / "drive_c" / "WINDOWS" / "system32" / "QorFiles.ulf";
 
     void SetUp() override {
-        fs::remove_all(root);
-        fs::create_directories(root);
-        ASSERT_EQ(0, run("machine create " + (root / "xp").string() + " --os xp", nullptr));
-    }
-    void TearDown() override { fs::remove_all(root); }
-
-    int run(const std::string& arguments, std::string* output) {
-        e2e::CliResult result = e2e::RunInstallcli(arguments);
-        if (output != nullptr) {
-            *output = result.output;
-        }
-        return result.code;
+        CliTest::SetUp();
+        machine("xp");
     }
 
     std::string show() {
-        std::string output;
-        EXPECT_EQ(0, run("machine show " + (root / "xp").string(), &output));
-        return output.substr(output.find("Uninstall log:"));
+        e2e::CliResult shown = run("machine show " + (root / "xp").string());
+        EXPECT_EQ(0, shown.code) << shown.output;
+        return shown.output.substr(shown.output.find("Uninstall log:"));
     }
 };
 
