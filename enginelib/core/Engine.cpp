@@ -406,6 +406,18 @@ InstallComponent* Engine::makeCustomComponent(CStdStr name, InstallFactory* fact
         scope.Log(0, "cif does not exist for component %s", name.c_str());
         return nullptr;
     }
+    // Scripts can name cycles (a sub component of itself, two components that require each
+    // other); each name is made once along one chain.
+    if (mBeingMade.ContainsNoCase(name)) {
+        scope.Log(0, "Component %s is already being made: the cycle of components ends here",
+                  name.c_str());
+        return nullptr;
+    }
+    mBeingMade.Add(name);
+    struct Made {
+        CStdStringList& names;
+        ~Made() { names.pop_back(); }
+    } beingMade{mBeingMade};
     InstallComponent* made = factory->Make(name, *cif);
     auto* component = dynamic_cast<GenericComponent*>(made);
     if (component == nullptr) {
@@ -416,6 +428,12 @@ InstallComponent* Engine::makeCustomComponent(CStdStr name, InstallFactory* fact
         SortedList<CStdStr> requiredNames;
         component->CollectRequires(requiredNames);
         for (const CStdStr& required : requiredNames) {
+            if (mBeingMade.ContainsNoCase(required)) {
+                // It requires this one in turn: this one comes first, the other follows.
+                scope.Log(0, "Component %s requires %s, which is being made already", name.c_str(),
+                          required.c_str());
+                continue;
+            }
             if (makeCustomComponent(required, factory, 1, false, nullptr, name) == nullptr) {
                 scope.Log(0, "Unable to create required component %s for component %s",
                           required.c_str(), name.c_str());

@@ -92,6 +92,8 @@ private:
     IpcTransfer* mIpcTransfer = nullptr;
     os::Module mInstance;
     std::vector<std::unique_ptr<InstallComponent>> mComponents;
+    // The names along the chain of makeCustomComponent calls under way.
+    CStdStringList mBeingMade;
     std::vector<std::unique_ptr<InstallComponent>> mDrivers;
     std::vector<std::unique_ptr<InstallComponent>> mDevices;
     std::vector<std::unique_ptr<InstallComponent>> mAltDrivers;

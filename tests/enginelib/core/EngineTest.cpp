@@ -7,6 +7,7 @@
 #include "support/TestMachine.h"
 #include "system/DebugLog.h"
 #include "system/DebugLogger.h"
+#include "system/FileOp.h"
 #include "system/Registry.h"
 
 #include <gtest/gtest.h>
@@ -34,6 +35,9 @@ protected:
         ProductIni::Unload();
         SystemPath::SetApplicationDirectoryOverride("");
         DebugLog::Instance().SetFile("");
+        // An uninstall's Initialize defers file operations for the rest of the process.
+        FileOp::ClearZombieList();
+        FileOp::SetZombieMode(false);
     }
 
     void writeProduct(const std::string& text) {

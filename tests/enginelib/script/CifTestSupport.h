@@ -11,10 +11,11 @@
 #include <gtest/gtest.h>
 
 // Turns the debug log on into a file of the scratch folder, with only the message text on each
-// line, and off again at the end.
-class LogCapture {
+// line, and off again at the end. Its own class name keeps it apart, at link time, from the
+// capture of support/LogCapture.h, which the same test program holds.
+class CifLogCapture {
 public:
-    explicit LogCapture(const TestMachine& machine, std::uint32_t bits = 0)
+    explicit CifLogCapture(const TestMachine& machine, std::uint32_t bits = 0)
             : mFile(machine.Path("capture.log")) {
         Registry registry;
         for (const char* name :
@@ -28,7 +29,7 @@ public:
         logger.EnableLog();
         logger.SetCurrentMask(bits);
     }
-    ~LogCapture() {
+    ~CifLogCapture() {
         DebugLogger& logger = DebugLogger::Instance();
         while (logger.GetEnableCount() > 0) {
             logger.DisableLog();
@@ -37,8 +38,8 @@ public:
         logger.SetCurrentMask(0);
         DebugLog::Instance().SetFile("");
     }
-    LogCapture(const LogCapture&) = delete;
-    LogCapture& operator=(const LogCapture&) = delete;
+    CifLogCapture(const CifLogCapture&) = delete;
+    CifLogCapture& operator=(const CifLogCapture&) = delete;
 
     CStdStr Text() const {
         CStdStr text = TestMachine::ReadFile(mFile);
@@ -51,6 +52,7 @@ public:
 private:
     std::string mFile;
 };
+using LogCapture = CifLogCapture;
 
 // Writes a file of lines (joined with CR LF) and gives its Windows path.
 inline std::string WriteLines(const TestMachine& machine, const std::string& name,
