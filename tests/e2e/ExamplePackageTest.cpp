@@ -221,17 +221,16 @@ TEST_F(ExamplePackageTest, ARunningProgramIsRenamedAndItsOldFileGoesAtTheNextSta
 
     ASSERT_EQ(0, install(dir).code);
     EXPECT_EQ(Image(1, 6), ReadHostFile(suite(dir) / "bin" / "Toolbox.exe"));
-    size_t leftovers = 0;
-    for (const auto& entry : fs::directory_iterator(suite(dir) / "bin")) {
-        leftovers += entry.path().extension() == ".tmp" ? 1 : 0;
-    }
-    EXPECT_EQ(1u, leftovers) << "the renamed old program waits for the restart";
+    auto leftovers = [&] {
+        size_t count = 0;
+        for (const auto& entry : fs::directory_iterator(suite(dir) / "bin")) {
+            count += entry.path().extension() == ".tmp" ? 1 : 0;
+        }
+        return count;
+    };
+    EXPECT_EQ(1u, leftovers()) << "the renamed old program waits for the restart";
     ASSERT_EQ(0, RunInstallcli("machine reboot " + Quoted(dir)).code);
-    leftovers = 0;
-    for (const auto& entry : fs::directory_iterator(suite(dir) / "bin")) {
-        leftovers += entry.path().extension() == ".tmp" ? 1 : 0;
-    }
-    EXPECT_EQ(0u, leftovers);
+    EXPECT_EQ(0u, leftovers());
 }
 
 TEST_F(ExamplePackageTest, APackageScriptInstallsNothingAndLogsNothing) {

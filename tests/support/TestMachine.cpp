@@ -1,5 +1,7 @@
 #include "support/TestMachine.h"
 
+#include <gtest/gtest.h>
+
 #include "os/Files.h"
 #include "os/Process.h"
 
@@ -103,6 +105,12 @@ bool TestMachine::WriteFile(const std::string& path, const std::string& bytes) {
     bool ok = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
     std::fclose(file);
     return ok;
+}
+
+std::string TestMachine::WriteScratch(const std::string& name, const std::string& bytes) const {
+    std::string path = Path(name);
+    EXPECT_TRUE(WriteFile(path, bytes)) << "cannot write " << path;
+    return path;
 }
 
 std::string TestMachine::ReadFile(const std::string& path) {

@@ -25,6 +25,8 @@ public:
     static bool WriteFile(const std::string& path, const std::string& bytes);
     static std::string ReadFile(const std::string& path);
     static bool Exists(const std::string& path);
+    // Writes a file of the scratch folder; its path. A failed write fails the test.
+    std::string WriteScratch(const std::string& name, const std::string& bytes) const;
 
     // Makes another simulated machine in a host folder (sim build only); the folder is removed
     // with this object.

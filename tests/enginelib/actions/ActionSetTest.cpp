@@ -4,6 +4,7 @@
 #include "core/RunState.h"
 #include "os/Files.h"
 #include "script/NlsFile.h"
+#include "support/JournalAction.h"
 #include "support/TestMachine.h"
 #include "system/DebugLog.h"
 #include "system/DebugLogger.h"
@@ -16,42 +17,6 @@
 #include <thread>
 
 namespace {
-
-// An action whose answers the test sets; it records each Perform in the shared journal.
-class TestAction : public Action {
-public:
-    TestAction(std::string name, std::vector<std::string>& journal, std::uint32_t units = 1)
-            : mName(std::move(name)), mJournal(journal) {
-        mUnits = units;
-        mActionDesc = "<ActionDesc>" + mName + "</ActionDesc>";
-    }
-
-    bool Perform(CStdStr title) override {
-        mJournal.push_back(mName);
-        mTitles.push_back(title);
-        if (!mLogs.empty()) {
-            LogUninstallItem(itemtype::File, "", mLogs);
-        }
-        return mResult;
-    }
-    bool ShouldFreeze() override { return mFreezes > 0 && mFreezes-- > 0; }
-    bool IsFatal() override { return mFatal; }
-    bool HasReportedUnits() override { return mReportsUnits; }
-    bool IsSameAction(const Action* other) override {
-        auto* same = dynamic_cast<const TestAction*>(other);
-        return mSameAsAll || (same != nullptr && same->mName == mName);
-    }
-
-    std::string mName;
-    std::vector<std::string>& mJournal;
-    std::vector<CStdStr> mTitles;
-    bool mResult = true;
-    bool mFatal = false;
-    bool mReportsUnits = false;
-    bool mSameAsAll = false;
-    int mFreezes = 0;
-    CStdStr mLogs;
-};
 
 class ActionSetTest : public ::testing::Test {
 protected:
@@ -85,12 +50,12 @@ protected:
     }
 
     // The actions live until the process ends, as the set hands them over.
-    TestAction* make(const std::string& name, std::uint32_t units = 1) {
-        return new TestAction(name, journal, units);
+    JournalAction* make(const std::string& name, std::uint32_t units = 1) {
+        return new JournalAction(name, journal, units);
     }
 
-    ActionSet& setOf(std::initializer_list<TestAction*> actions) {
-        for (TestAction* action : actions) {
+    ActionSet& setOf(std::initializer_list<JournalAction*> actions) {
+        for (JournalAction* action : actions) {
             mSet.Add(action);
         }
         return mSet;
@@ -128,9 +93,9 @@ private:
 using Journal = std::vector<std::string>;
 
 TEST_F(ActionSetTest, ActionsRunInOrderAndFailuresOnlyAreLogged) {
-    TestAction* failing = make("b", 3);
+    JournalAction* failing = make("b", 3);
     failing->mResult = false;
-    TestAction* selfReporting = make("c", 5);
+    JournalAction* selfReporting = make("c", 5);
     selfReporting->mReportsUnits = true;
     ActionSet& set = setOf({make("a", 2), failing, selfReporting, make("d", 7)});
     EXPECT_EQ(17u, set.GetUnits());
@@ -151,7 +116,7 @@ TEST_F(ActionSetTest, ActionsRunInOrderAndFailuresOnlyAreLogged) {
 }
 
 TEST_F(ActionSetTest, AFatalFailureStopsTheList) {
-    TestAction* fatal = make("b", 3);
+    JournalAction* fatal = make("b", 3);
     fatal->mResult = false;
     fatal->mFatal = true;
     ActionSet& set = setOf({make("a", 2), fatal, make("c", 5)});
@@ -168,7 +133,7 @@ TEST_F(ActionSetTest, AFatalFailureStopsTheList) {
 }
 
 TEST_F(ActionSetTest, AFrozenListResumesAtTheFrozenAction) {
-    TestAction* waiting = make("b", 3);
+    JournalAction* waiting = make("b", 3);
     waiting->mResult = false; // a failed action may freeze too
     ActionSet& set = setOf({make("a", 2), waiting, make("c", 5)});
     // A thaw of a list that never froze runs it whole.
@@ -191,7 +156,7 @@ TEST_F(ActionSetTest, AFrozenListResumesAtTheFrozenAction) {
 }
 
 TEST_F(ActionSetTest, AFreezeDuringAThawFailsTheRunButRunsTheRest) {
-    TestAction* waiting = make("b");
+    JournalAction* waiting = make("b");
     waiting->mFreezes = 2;
     ActionSet& set = setOf({make("a"), waiting, make("c")});
     ASSERT_EQ(ActionSet::Frozen, set.Run("Driver", false, "", false));
@@ -204,7 +169,7 @@ TEST_F(ActionSetTest, AFreezeDuringAThawFailsTheRunButRunsTheRest) {
 }
 
 TEST_F(ActionSetTest, ThawingPastTheEndRunsNothing) {
-    TestAction* waiting = make("c");
+    JournalAction* waiting = make("c");
     waiting->mFreezes = 1;
     ActionSet& set = setOf({make("a"), make("b"), waiting});
     ASSERT_EQ(ActionSet::Frozen, set.Run("Driver", false, "", false));
@@ -234,7 +199,7 @@ TEST_F(ActionSetTest, AnEmptySetStillRecordsItsTitle) {
 }
 
 TEST_F(ActionSetTest, ItemsAreRecordedUnderTheComponentAndTheTitle) {
-    TestAction* copying = make("a");
+    JournalAction* copying = make("a");
     copying->mLogs = "C:\\Drv\\a.dll";
     ActionSet& set = setOf({copying});
 
@@ -264,7 +229,7 @@ TEST_F(ActionSetTest, AnEmptyTitleGivesTheDefaultModelText) {
     ASSERT_TRUE(TestMachine::WriteFile(folder + "\\en.nls",
                                        "[Global]\r\nOEM=Valmora\r\nModelName=LX 500\r\n"));
     ASSERT_TRUE(NlsFile::InitializeFromFiles(folder, "en"));
-    TestAction* showing = make("a");
+    JournalAction* showing = make("a");
     setOf({showing}).Run("Driver", false, "", false);
     ASSERT_EQ(1u, showing->mTitles.size());
     EXPECT_EQ("Valmora LX 500", showing->mTitles[0]);
@@ -272,12 +237,12 @@ TEST_F(ActionSetTest, AnEmptyTitleGivesTheDefaultModelText) {
 
 TEST_F(ActionSetTest, DuplicatesLeaveTheSetAndSurvivorsJoinSeen) {
     ActionSet seen;
-    TestAction* seenB = make("b");
+    JournalAction* seenB = make("b");
     seen.Add(seenB);
-    TestAction* a = make("a");
-    TestAction* b = make("b");
-    TestAction* c = make("c");
-    TestAction* a2 = make("a");
+    JournalAction* a = make("a");
+    JournalAction* b = make("b");
+    JournalAction* c = make("c");
+    JournalAction* a2 = make("a");
     ActionSet& set = setOf({a, b, c, a2});
     set.RemoveDuplicates(seen);
     ASSERT_EQ(2u, set.Size());
@@ -289,7 +254,7 @@ TEST_F(ActionSetTest, DuplicatesLeaveTheSetAndSurvivorsJoinSeen) {
     EXPECT_EQ(c, seen.GetAt(2));
 
     // An action that equals any other survives only into an empty `seen`.
-    TestAction* scan = make("scan");
+    JournalAction* scan = make("scan");
     scan->mSameAsAll = true;
     ActionSet first;
     first.Add(scan);

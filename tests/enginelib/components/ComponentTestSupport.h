@@ -6,6 +6,7 @@
 #include "core/IpcTransfer.h"
 #include "os/Files.h"
 #include "script/NlsFile.h"
+#include "support/JournalAction.h"
 #include "support/TestMachine.h"
 
 #include <gtest/gtest.h>
@@ -13,53 +14,6 @@
 #include <functional>
 #include <string>
 #include <vector>
-
-// Records each Perform as its name in the shared journal, with the title it got and the title
-// that the progress reporter showed at that moment. Its answers are set by the test.
-class JournalAction : public Action {
-public:
-    JournalAction(std::string name, std::vector<std::string>& journal, std::uint32_t units)
-            : mName(std::move(name)), mJournal(journal) {
-        mUnits = units;
-        mActionDesc = "<ActionDesc>" + mName + "</ActionDesc>";
-    }
-
-    bool Perform(CStdStr title) override {
-        mJournal.push_back(mName);
-        mTitles.push_back(title);
-        if (mReporter != nullptr) {
-            char shown[IpcTransfer::kTitleSize] = {};
-            mReporter->GetCurrentTitle(shown);
-            mShownTitles.push_back(shown);
-        }
-        if (mOnPerform) {
-            mOnPerform();
-        }
-        return mResult;
-    }
-    bool ShouldFreeze() override { return mFreezes > 0 && mFreezes-- > 0; }
-    bool IsFatal() override { return mFatal; }
-    bool IsSameAction(const Action* other) override {
-        auto* same = dynamic_cast<const JournalAction*>(other);
-        return same != nullptr && same->mName == mName;
-    }
-
-    // A failure that stops the list.
-    void FailFatally() {
-        mResult = false;
-        mFatal = true;
-    }
-
-    std::string mName;
-    std::vector<std::string>& mJournal;
-    std::vector<CStdStr> mTitles;
-    std::vector<std::string> mShownTitles;
-    IpcTransfer* mReporter = nullptr;
-    std::function<void()> mOnPerform;
-    bool mResult = true;
-    bool mFatal = false;
-    int mFreezes = 0;
-};
 
 // Adds a journal action to a list; the list's keeper owns it from then on, as it owns every
 // action of the run.

@@ -53,8 +53,7 @@ protected:
 
     // A CIF named `name` in the scratch folder, not read yet, as the install map hands it out.
     CifFile& cif(const std::string& name, const std::string& text) {
-        std::string path = machine.Path(name);
-        EXPECT_TRUE(TestMachine::WriteFile(path, text));
+        std::string path = machine.WriteScratch(name, text);
         cifs.push_back(std::make_unique<CifFile>(true));
         cifs.back()->SetFileName(path);
         return *cifs.back();

@@ -27,8 +27,10 @@ protected:
         os::CreateDirectory(package + "\\Config");
         SystemPath::SetApplicationDirectoryOverride(package);
         writeProduct("[GENERAL]\nLogName=product.log\n");
-        ASSERT_TRUE(TestMachine::WriteFile(package + "\\Config\\install.map", "[Components]\nTools=Tools.cif\n"));
-        ASSERT_TRUE(TestMachine::WriteFile(package + "\\Config\\Uninstall.cif", "[Uninstall]\nVersion=1.0\n"));
+        ASSERT_TRUE(TestMachine::WriteFile(package + "\\Config\\install.map",
+                                           "[Components]\nTools=Tools.cif\n"));
+        ASSERT_TRUE(TestMachine::WriteFile(package + "\\Config\\Uninstall.cif",
+                                           "[Uninstall]\nVersion=1.0\n"));
     }
 
     void TearDown() override {
@@ -45,9 +47,7 @@ protected:
     }
 
     std::string script(const std::string& text, const std::string& name = "setup.isf") {
-        std::string path = machine.Path(name);
-        EXPECT_TRUE(TestMachine::WriteFile(path, text));
-        return path;
+        return machine.WriteScratch(name, text);
     }
 
     static std::string TempLog(const std::string& name) {

@@ -62,7 +62,5 @@ inline std::string WriteLines(const TestMachine& machine, const std::string& nam
         text += line;
         text += "\r\n";
     }
-    std::string path = machine.Path(name);
-    EXPECT_TRUE(TestMachine::WriteFile(path, text));
-    return path;
+    return machine.WriteScratch(name, text);
 }

@@ -27,9 +27,7 @@ protected:
     TestMachine machine;
 
     std::string write(const std::string& name, const std::string& bytes) {
-        std::string path = machine.Path(name);
-        EXPECT_TRUE(TestMachine::WriteFile(path, bytes));
-        return path;
+        return machine.WriteScratch(name, bytes);
     }
 };
 

@@ -8,8 +8,8 @@ namespace {
 
 TEST(MessagesConformance, ASettingChangeBroadcastReturns) {
     TestMachine machine;
-    EXPECT_EQ(os::error::Success, os::SendMessageTimeout(os::HwndBroadcast, os::wm::SettingChange, 0, 0,
-                                                         os::smto::Normal, 500));
+    EXPECT_EQ(os::error::Success, os::SendMessageTimeout(os::HwndBroadcast, os::wm::SettingChange,
+                                                         0, 0, os::smto::Normal, 500));
 }
 
 } // namespace
