@@ -43,17 +43,17 @@ int main(int argc, char** argv) {
     namespace fs = std::filesystem;
     fs::path root = argv[1];
     for (const Image& image : kImages) {
-        testimage::VersionSpec spec = testimage::WithFileVersion(VersionText(image.version));
-        spec.tables[0].strings[0].second = "Tovar Demo";
-        spec.tables[0].strings[1].second = image.description;
+        testimage::VersionSpec resource = testimage::WithFileVersion(VersionText(image.version));
+        resource.tables[0].strings[0].second = "Tovar Demo";
+        resource.tables[0].strings[1].second = image.description;
         for (int i = 0; i < 4; ++i) {
-            spec.fileVersion[i] = image.version[i];
-            spec.productVersion[i] = image.version[i];
+            resource.fileVersion[i] = image.version[i];
+            resource.productVersion[i] = image.version[i];
         }
         fs::path target = root / image.path;
         fs::create_directories(target.parent_path());
         std::ofstream out(target, std::ios::binary | std::ios::trunc);
-        std::string bytes = testimage::PeImage(spec);
+        std::string bytes = testimage::PeImage(resource);
         out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
         if (!out) {
             std::fprintf(stderr, "make_payload: cannot write %s\n", target.c_str());

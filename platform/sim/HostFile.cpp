@@ -33,10 +33,10 @@ bool StoredAttributes(const std::string& hostPath, std::uint32_t& bits) {
 
 timespec ToTimespec(os::FileTime time) {
     long long ticks = static_cast<long long>(time.ticks);
-    timespec spec{};
-    spec.tv_sec = static_cast<time_t>(ticks / 10000000 - kEpochDifference);
-    spec.tv_nsec = static_cast<long>((ticks % 10000000) * 100);
-    return spec;
+    timespec stamp{};
+    stamp.tv_sec = static_cast<time_t>(ticks / 10000000 - kEpochDifference);
+    stamp.tv_nsec = static_cast<long>((ticks % 10000000) * 100);
+    return stamp;
 }
 
 } // namespace
@@ -126,10 +126,11 @@ bool HostFile::Times(const std::string& hostPath, os::FileTimes& times) {
 }
 
 bool HostFile::SetTimes(const std::string& hostPath, const os::FileTimes& times) {
-    timespec spec[2];
-    spec[0] = times.lastAccess.ticks == 0 ? timespec{0, UTIME_OMIT} : ToTimespec(times.lastAccess);
-    spec[1] = times.lastWrite.ticks == 0 ? timespec{0, UTIME_OMIT} : ToTimespec(times.lastWrite);
-    return ::utimensat(AT_FDCWD, hostPath.c_str(), spec, 0) == 0;
+    timespec stamps[2];
+    stamps[0] =
+            times.lastAccess.ticks == 0 ? timespec{0, UTIME_OMIT} : ToTimespec(times.lastAccess);
+    stamps[1] = times.lastWrite.ticks == 0 ? timespec{0, UTIME_OMIT} : ToTimespec(times.lastWrite);
+    return ::utimensat(AT_FDCWD, hostPath.c_str(), stamps, 0) == 0;
 }
 
 std::uint64_t HostFile::Size(const std::string& hostPath) {

@@ -24,12 +24,12 @@ std::string Quoted(const fs::path& path) {
 }
 
 std::string Image(std::uint16_t major, std::uint16_t minor) {
-    testimage::VersionSpec spec = testimage::WithFileVersion(std::to_string(major) + "." +
-                                                             std::to_string(minor) + ".0.0");
-    spec.fileVersion[0] = major;
-    spec.fileVersion[1] = minor;
-    spec.fileVersion[2] = spec.fileVersion[3] = 0;
-    return testimage::PeImage(spec);
+    testimage::VersionSpec resource = testimage::WithFileVersion(std::to_string(major) + "." +
+                                                                 std::to_string(minor) + ".0.0");
+    resource.fileVersion[0] = major;
+    resource.fileVersion[1] = minor;
+    resource.fileVersion[2] = resource.fileVersion[3] = 0;
+    return testimage::PeImage(resource);
 }
 
 class ExamplePackageTest : public e2e::CliTest {

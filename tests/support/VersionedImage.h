@@ -24,16 +24,16 @@ struct VersionSpec {
     std::vector<StringTable> tables;
 };
 
-// A spec with one table of the usual strings and the given FileVersion text.
+// A version resource with one table of the usual strings and the given FileVersion text.
 inline VersionSpec WithFileVersion(const std::string& fileVersion) {
-    VersionSpec spec;
+    VersionSpec resource;
     StringTable table;
     table.strings = {{"CompanyName", "Tovar Test"},
                      {"FileDescription", "Test library"},
                      {"FileVersion", fileVersion},
                      {"ProductVersion", fileVersion}};
-    spec.tables.push_back(table);
-    return spec;
+    resource.tables.push_back(table);
+    return resource;
 }
 
 namespace detail {
@@ -100,14 +100,18 @@ inline std::string Text(bool wide, const std::string& text) {
     return out;
 }
 
-inline std::string Fixed(const VersionSpec& spec) {
+inline std::string Fixed(const VersionSpec& resource) {
     std::string out;
     Add32(out, 0xFEEF04BD);
     Add32(out, 0x00010000);
-    Add32(out, (static_cast<std::uint32_t>(spec.fileVersion[0]) << 16) | spec.fileVersion[1]);
-    Add32(out, (static_cast<std::uint32_t>(spec.fileVersion[2]) << 16) | spec.fileVersion[3]);
-    Add32(out, (static_cast<std::uint32_t>(spec.productVersion[0]) << 16) | spec.productVersion[1]);
-    Add32(out, (static_cast<std::uint32_t>(spec.productVersion[2]) << 16) | spec.productVersion[3]);
+    Add32(out,
+          (static_cast<std::uint32_t>(resource.fileVersion[0]) << 16) | resource.fileVersion[1]);
+    Add32(out,
+          (static_cast<std::uint32_t>(resource.fileVersion[2]) << 16) | resource.fileVersion[3]);
+    Add32(out, (static_cast<std::uint32_t>(resource.productVersion[0]) << 16) |
+                       resource.productVersion[1]);
+    Add32(out, (static_cast<std::uint32_t>(resource.productVersion[2]) << 16) |
+                       resource.productVersion[3]);
     Add32(out, 0x3F);    // flags mask
     Add32(out, 0);       // flags
     Add32(out, 0x40004); // VOS_NT_WINDOWS32
@@ -121,10 +125,10 @@ inline std::string Fixed(const VersionSpec& spec) {
 } // namespace detail
 
 // The VS_VERSIONINFO block: wide for PE images, narrow for NE images.
-inline std::string VersionBlock(const VersionSpec& spec, bool wide) {
+inline std::string VersionBlock(const VersionSpec& resource, bool wide) {
     using namespace detail;
     std::vector<std::string> tables;
-    for (const StringTable& table : spec.tables) {
+    for (const StringTable& table : resource.tables) {
         std::vector<std::string> strings;
         for (const auto& [name, value] : table.strings) {
             std::string node;
@@ -143,9 +147,9 @@ inline std::string VersionBlock(const VersionSpec& spec, bool wide) {
         Node(node, wide, "StringFileInfo", "", 0, true, tables);
         children.push_back(node);
     }
-    if (!spec.translations.empty()) {
+    if (!resource.translations.empty()) {
         std::string pairs;
-        for (const auto& [language, codePage] : spec.translations) {
+        for (const auto& [language, codePage] : resource.translations) {
             Add16(pairs, language);
             Add16(pairs, codePage);
         }
@@ -155,7 +159,7 @@ inline std::string VersionBlock(const VersionSpec& spec, bool wide) {
         Node(node, wide, "VarFileInfo", "", 0, true, {var});
         children.push_back(node);
     }
-    std::string fixed = Fixed(spec);
+    std::string fixed = Fixed(resource);
     std::string root;
     Node(root, wide, "VS_VERSION_INFO", fixed, static_cast<std::uint16_t>(fixed.size()), false,
          children);
@@ -164,7 +168,7 @@ inline std::string VersionBlock(const VersionSpec& spec, bool wide) {
 
 // A PE32+ library. With `withVersion` false its resource section holds only a string table,
 // so that it has resources but no version.
-inline std::string PeImage(const VersionSpec& spec, bool withVersion = true) {
+inline std::string PeImage(const VersionSpec& resource, bool withVersion = true) {
     using namespace detail;
     constexpr std::uint32_t kSectionRva = 0x1000;
     constexpr std::uint32_t kFileAlignment = 0x200;
@@ -173,7 +177,7 @@ inline std::string PeImage(const VersionSpec& spec, bool withVersion = true) {
     // The resource section: type directory, name directory, language directory, data entry,
     // then the data.
     std::uint16_t type = withVersion ? 16 : 6; // RT_VERSION, or RT_STRING
-    std::string data = withVersion ? VersionBlock(spec, true) : std::string(32, '\0');
+    std::string data = withVersion ? VersionBlock(resource, true) : std::string(32, '\0');
     std::string rsrc;
     auto directory = [&rsrc](std::uint16_t id, std::uint32_t target) {
         Add32(rsrc, 0); // characteristics
@@ -244,10 +248,10 @@ inline std::string PeImage(const VersionSpec& spec, bool withVersion = true) {
 }
 
 // A 16-bit NE library with the narrow version block in its resource table.
-inline std::string NeImage(const VersionSpec& spec) {
+inline std::string NeImage(const VersionSpec& resource) {
     using namespace detail;
     constexpr std::uint16_t kShift = 4;
-    std::string block = VersionBlock(spec, false);
+    std::string block = VersionBlock(resource, false);
     std::string image(0x40, '\0');
     image[0] = 'M';
     image[1] = 'Z';

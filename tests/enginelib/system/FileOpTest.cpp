@@ -35,9 +35,9 @@ protected:
     }
     std::string versioned(const std::string& name, const std::string& version,
                           const std::string& padding = "") {
-        testimage::VersionSpec spec = testimage::WithFileVersion(version);
-        spec.tables[0].strings.push_back({"Comments", padding});
-        return write(name, testimage::PeImage(spec));
+        testimage::VersionSpec resource = testimage::WithFileVersion(version);
+        resource.tables[0].strings.push_back({"Comments", padding});
+        return write(name, testimage::PeImage(resource));
     }
     // Moves the last write time of a file by whole days.
     void age(const std::string& file, int days) {

@@ -19,17 +19,18 @@ protected:
 };
 
 TEST_F(VersionsConformance, ReadsTheStringsTranslationsAndFixedPartOfAnImage) {
-    testimage::VersionSpec spec = testimage::WithFileVersion("5.1.2600.5512 (xpsp.080413-2111)");
-    spec.fileVersion[0] = 5;
-    spec.fileVersion[1] = 1;
-    spec.fileVersion[2] = 2600;
-    spec.fileVersion[3] = 5512;
+    testimage::VersionSpec resource =
+            testimage::WithFileVersion("5.1.2600.5512 (xpsp.080413-2111)");
+    resource.fileVersion[0] = 5;
+    resource.fileVersion[1] = 1;
+    resource.fileVersion[2] = 2600;
+    resource.fileVersion[3] = 5512;
     testimage::StringTable german;
     german.key = "040704E4";
     german.strings = {{"FileVersion", "5,1"}, {"Comments", ""}};
-    spec.tables.push_back(german);
-    spec.translations = {{0x0409, 0x04B0}, {0x0407, 0x04E4}};
-    std::string path = write("test.dll", testimage::PeImage(spec));
+    resource.tables.push_back(german);
+    resource.translations = {{0x0409, 0x04B0}, {0x0407, 0x04E4}};
+    std::string path = write("test.dll", testimage::PeImage(resource));
 
     std::uint32_t size = 0;
     ASSERT_EQ(error::Success, GetFileVersionInfoSize(path, size));
