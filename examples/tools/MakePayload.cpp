@@ -3,7 +3,7 @@
 // so that the package shows the version rules of a second install.
 //
 //   make_payload PAYLOAD_DIR
-#include "support/VersionedImage.h"
+#include "tools/VersionedImage.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -43,7 +43,7 @@ int main(int argc, char** argv) {
     namespace fs = std::filesystem;
     fs::path root = argv[1];
     for (const Image& image : kImages) {
-        testimage::VersionSpec resource = testimage::WithFileVersion(VersionText(image.version));
+        peimage::VersionSpec resource = peimage::WithFileVersion(VersionText(image.version));
         resource.tables[0].strings[0].second = "Tovar Demo";
         resource.tables[0].strings[1].second = image.description;
         for (int i = 0; i < 4; ++i) {
@@ -53,7 +53,7 @@ int main(int argc, char** argv) {
         fs::path target = root / image.path;
         fs::create_directories(target.parent_path());
         std::ofstream out(target, std::ios::binary | std::ios::trunc);
-        std::string bytes = testimage::PeImage(resource);
+        std::string bytes = peimage::PeImage(resource);
         out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
         if (!out) {
             std::fprintf(stderr, "make_payload: cannot write %s\n", target.c_str());

@@ -3,7 +3,7 @@
 // install, files in use, and package mode.
 #include "CliTest.h"
 #include "sim/MachinePreset.h"
-#include "support/VersionedImage.h"
+#include "tools/VersionedImage.h"
 
 #include <algorithm>
 #include <chrono>
@@ -24,12 +24,12 @@ std::string Quoted(const fs::path& path) {
 }
 
 std::string Image(std::uint16_t major, std::uint16_t minor) {
-    testimage::VersionSpec resource = testimage::WithFileVersion(std::to_string(major) + "." +
-                                                                 std::to_string(minor) + ".0.0");
+    peimage::VersionSpec resource =
+            peimage::WithFileVersion(std::to_string(major) + "." + std::to_string(minor) + ".0.0");
     resource.fileVersion[0] = major;
     resource.fileVersion[1] = minor;
     resource.fileVersion[2] = resource.fileVersion[3] = 0;
-    return testimage::PeImage(resource);
+    return peimage::PeImage(resource);
 }
 
 class ExamplePackageTest : public e2e::CliTest {

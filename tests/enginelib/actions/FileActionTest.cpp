@@ -7,8 +7,8 @@
 #include "support/LogCapture.h"
 #include "support/SimMachineState.h"
 #include "support/TestMachine.h"
-#include "support/VersionedImage.h"
 #include "system/FileOp.h"
+#include "tools/VersionedImage.h"
 #include "uninstall/UninstallLog.h"
 
 #include <gtest/gtest.h>
@@ -121,8 +121,8 @@ TEST_F(FileActionTest, AMissingSourceFailsButSpendsItsUnit) {
 }
 
 TEST_F(FileActionTest, ANewerTargetStaysUnlessTheCheckIsOff) {
-    write("src\\lib.dll", testimage::PeImage(testimage::WithFileVersion("1.0")));
-    write("dst\\lib.dll", testimage::PeImage(testimage::WithFileVersion("2.0")));
+    write("src\\lib.dll", peimage::PeImage(peimage::WithFileVersion("1.0")));
+    write("dst\\lib.dll", peimage::PeImage(peimage::WithFileVersion("2.0")));
     std::string target = path("dst\\lib.dll");
     ASSERT_TRUE(make({"COPY", path("src\\lib.dll"), target}).Perform(""));
     EXPECT_EQ("2.0", FileOp::GetFileVersion(target));

@@ -8,7 +8,7 @@
 #include "script/IniFile.h"
 #include "script/NlsFile.h"
 #include "script/SystemPath.h"
-#include "support/VersionedImage.h"
+#include "tools/VersionedImage.h"
 #include "uninstall/UninstallLog.h"
 
 #include <gtest/gtest.h>
@@ -447,7 +447,7 @@ TEST_F(CifDefineTest, FilesAndShortNames) {
 TEST_F(CifDefineTest, FileVersions) {
     std::string dll = machine.Path("driver.dll");
     ASSERT_TRUE(TestMachine::WriteFile(
-            dll, testimage::PeImage(testimage::WithFileVersion("6.1.7600.16385"))));
+            dll, peimage::PeImage(peimage::WithFileVersion("6.1.7600.16385"))));
     ASSERT_TRUE(TestMachine::WriteFile(machine.Path("plain.txt"), "no version here"));
     auto defines = make({{"DIR", machine.Scratch().c_str()}});
     EXPECT_EQ("6.1.7600.16385", call(*defines, "<ReadFileVer,$DIR$\\driver.dll>"));

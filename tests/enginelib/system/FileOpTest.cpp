@@ -7,8 +7,8 @@
 #include "support/LogCapture.h"
 #include "support/SimMachineState.h"
 #include "support/TestMachine.h"
-#include "support/VersionedImage.h"
 #include "system/Registry.h"
+#include "tools/VersionedImage.h"
 
 #include <gtest/gtest.h>
 
@@ -35,9 +35,9 @@ protected:
     }
     std::string versioned(const std::string& name, const std::string& version,
                           const std::string& padding = "") {
-        testimage::VersionSpec resource = testimage::WithFileVersion(version);
+        peimage::VersionSpec resource = peimage::WithFileVersion(version);
         resource.tables[0].strings.push_back({"Comments", padding});
-        return write(name, testimage::PeImage(resource));
+        return write(name, peimage::PeImage(resource));
     }
     // Moves the last write time of a file by whole days.
     void age(const std::string& file, int days) {
@@ -66,20 +66,20 @@ TEST_F(FileOpTest, VersionsAreTheFileVersionTextOfTheFirstTranslation) {
     EXPECT_EQ("", FileOp::GetFileVersion(path("missing.dll")));
 
     // The table's name is the translation with its halves swapped: language, then code page.
-    testimage::VersionSpec german;
+    peimage::VersionSpec german;
     german.translations = {{0x0407, 0x04E4}};
     german.tables.push_back({"040704e4", {{"FileVersion", "2.1"}}});
-    EXPECT_EQ("2.1", FileOp::GetFileVersion(write("de.dll", testimage::PeImage(german))));
+    EXPECT_EQ("2.1", FileOp::GetFileVersion(write("de.dll", peimage::PeImage(german))));
 
     // A translation without its string table.
-    testimage::VersionSpec orphan = german;
+    peimage::VersionSpec orphan = german;
     orphan.tables[0].key = "040904b0";
-    EXPECT_EQ("", FileOp::GetFileVersion(write("orphan.dll", testimage::PeImage(orphan))));
+    EXPECT_EQ("", FileOp::GetFileVersion(write("orphan.dll", peimage::PeImage(orphan))));
     EXPECT_TRUE(log.Contains("FAILED TO READ VERSION from Secion: \\StringFileInfo\\040704e4"
                              "\\FileVersion"));
-    testimage::VersionSpec untranslated = testimage::WithFileVersion("3.0");
+    peimage::VersionSpec untranslated = peimage::WithFileVersion("3.0");
     untranslated.translations.clear();
-    EXPECT_EQ("", FileOp::GetFileVersion(write("none.dll", testimage::PeImage(untranslated))));
+    EXPECT_EQ("", FileOp::GetFileVersion(write("none.dll", peimage::PeImage(untranslated))));
     EXPECT_TRUE(log.Contains("FAILED TO VerQueryValue from File: " + path("none.dll")));
 }
 

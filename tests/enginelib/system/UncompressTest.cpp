@@ -4,8 +4,8 @@
 #include "support/CompressedFiles.h"
 #include "support/LogCapture.h"
 #include "support/TestMachine.h"
-#include "support/VersionedImage.h"
 #include "system/FileOp.h"
+#include "tools/VersionedImage.h"
 
 #include <gtest/gtest.h>
 
@@ -22,7 +22,7 @@ protected:
         return path(name);
     }
     std::string image(const std::string& version) {
-        return testimage::PeImage(testimage::WithFileVersion(version));
+        return peimage::PeImage(peimage::WithFileVersion(version));
     }
     bool hasSetupApi() const { return std::string(GetParam()) != "win95"; }
 };

@@ -1,7 +1,7 @@
 // The file versions group of the seam reads version resources as Windows does.
 #include "os/Versions.h"
 #include "support/TestMachine.h"
-#include "support/VersionedImage.h"
+#include "tools/VersionedImage.h"
 
 #include <gtest/gtest.h>
 
@@ -19,18 +19,17 @@ protected:
 };
 
 TEST_F(VersionsConformance, ReadsTheStringsTranslationsAndFixedPartOfAnImage) {
-    testimage::VersionSpec resource =
-            testimage::WithFileVersion("5.1.2600.5512 (xpsp.080413-2111)");
+    peimage::VersionSpec resource = peimage::WithFileVersion("5.1.2600.5512 (xpsp.080413-2111)");
     resource.fileVersion[0] = 5;
     resource.fileVersion[1] = 1;
     resource.fileVersion[2] = 2600;
     resource.fileVersion[3] = 5512;
-    testimage::StringTable german;
+    peimage::StringTable german;
     german.key = "040704E4";
     german.strings = {{"FileVersion", "5,1"}, {"Comments", ""}};
     resource.tables.push_back(german);
     resource.translations = {{0x0409, 0x04B0}, {0x0407, 0x04E4}};
-    std::string path = write("test.dll", testimage::PeImage(resource));
+    std::string path = write("test.dll", peimage::PeImage(resource));
 
     std::uint32_t size = 0;
     ASSERT_EQ(error::Success, GetFileVersionInfoSize(path, size));
@@ -69,8 +68,7 @@ TEST_F(VersionsConformance, ReadsTheStringsTranslationsAndFixedPartOfAnImage) {
 }
 
 TEST_F(VersionsConformance, SixteenBitImagesCarryTheNarrowForm) {
-    std::string path =
-            write("old.drv", testimage::NeImage(testimage::WithFileVersion("4.10.1998")));
+    std::string path = write("old.drv", peimage::NeImage(peimage::WithFileVersion("4.10.1998")));
     VersionBlock block;
     ASSERT_EQ(error::Success, GetFileVersionInfo(path, block));
     std::vector<VersionTranslation> translations;
@@ -91,7 +89,7 @@ TEST_F(VersionsConformance, FilesWithoutAVersionResourceFail) {
               GetFileVersionInfoSize(write("plain.txt", "just some text, not an image"), size));
     EXPECT_EQ(0u, size);
     VersionBlock block;
-    Error rc = GetFileVersionInfo(write("noversion.dll", testimage::PeImage({}, false)), block);
+    Error rc = GetFileVersionInfo(write("noversion.dll", peimage::PeImage({}, false)), block);
     if (machine.IsSimulated()) {
         EXPECT_EQ(error::ResourceTypeNotFound, rc);
     } else {

@@ -4,7 +4,7 @@
 #include "sim/LzExpand.h"
 #include "sim/VersionResource.h"
 #include "support/CompressedFiles.h"
-#include "support/VersionedImage.h"
+#include "tools/VersionedImage.h"
 
 #include <gtest/gtest.h>
 #include <zlib.h>
@@ -138,7 +138,7 @@ TEST(Cabinet, ListsAllMembersAndRefusesWhatItCannotExpand) {
 }
 
 TEST(VersionResource, DamagedImagesGiveAnErrorAndNeverAWrongValue) {
-    std::string image = testimage::PeImage(testimage::WithFileVersion("1.2.3.4"));
+    std::string image = peimage::PeImage(peimage::WithFileVersion("1.2.3.4"));
     std::vector<std::uint8_t> block;
     ASSERT_EQ(os::error::Success, sim::VersionResource::FromImage(image, block));
     for (size_t cut = 0; cut < image.size(); cut += 7) {

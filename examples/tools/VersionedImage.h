@@ -1,7 +1,8 @@
-// Small Windows images for tests of file versions: a PE32+ library whose only section is a
-// resource section holding one VS_VERSIONINFO, or a 16-bit NE library with the same in its
-// narrow form. They are complete enough for the real version.dll to read (the conformance suite
-// runs them under Wine), and are made here so that the Linux tests need no Windows toolchain.
+// Small Windows images that carry a version: a PE32+ library whose only section is a resource
+// section holding one VS_VERSIONINFO, or a 16-bit NE library with the same in its narrow form.
+// They make the programs of the example package and the images of tests of file versions; they
+// are complete enough for the real version.dll to read (the conformance suite runs them under
+// Wine), and are made here so that no Windows toolchain is needed for them.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-namespace testimage {
+namespace peimage {
 
 struct StringTable {
     std::string key = "040904b0"; // language and code page, as VerQueryValue names the table
@@ -290,4 +291,4 @@ inline std::string NeImage(const VersionSpec& resource) {
     return head + padded;
 }
 
-} // namespace testimage
+} // namespace peimage
