@@ -6,6 +6,7 @@
 #include "system/LogScope.h"
 
 #include <algorithm>
+#include <map>
 
 InstallMap::~InstallMap() = default;
 
@@ -39,18 +40,20 @@ bool InstallMap::Read(const PathObject& mapFile, const PathObject& folder) {
         scope.SetResult(false);
         return false;
     }
+    // Names that give the same file share its one CifFile.
+    std::map<CStdStr, CifFile*, NoCaseLess> byPath;
+    for (const std::unique_ptr<CifFile>& cif : mOwned) {
+        byPath.emplace(cif->GetFileName(), cif.get());
+    }
     for (const auto& [name, path] : components) {
-        auto shared = std::find_if(mOwned.begin(), mOwned.end(), [&](const auto& cif) {
-            return cif->GetFileName().EqualsNoCase(path);
-        });
-        if (shared != mOwned.end()) {
-            mMap[name] = shared->get();
-            continue;
+        CifFile*& shared = byPath[path];
+        if (shared == nullptr) {
+            auto cif = std::make_unique<CifFile>(true);
+            cif->SetFileName(path);
+            shared = cif.get();
+            mOwned.push_back(std::move(cif));
         }
-        auto cif = std::make_unique<CifFile>(true);
-        cif->SetFileName(path);
-        mMap[name] = cif.get();
-        mOwned.push_back(std::move(cif));
+        mMap[name] = shared;
     }
     scope.SetResult(true);
     return true;

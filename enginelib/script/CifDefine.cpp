@@ -21,6 +21,10 @@ const char* const kIsfFile = "ISF_FILE";
 
 const char* const kAlwaysMutable[] = {kInstallDir, kCurrentComp, kIsfFile};
 
+// A string is rescanned from the front after each replacement, so a value that brings back the
+// reference it replaced would never end. No real script line holds this many references.
+constexpr int kMaxReplacements = 4096;
+
 const char* const kStandardDefines[] = {"WINDOWS_DRIVE",
                                         "WINDOWS_DIR",
                                         "SYSTEM_DIR",
@@ -54,6 +58,20 @@ CStdStr BareName(const CStdStr& name) {
     size_t last = bare.find_last_not_of("$ ");
     return bare.substr(first, last - first + 1);
 }
+
+// Marks a define as being resolved for as long as its resolution lasts.
+class ResolvingGuard {
+public:
+    ResolvingGuard(CStdStringList& resolving, const CStdStr& name) : mResolving(resolving) {
+        mResolving.Add(name);
+    }
+    ~ResolvingGuard() { mResolving.pop_back(); }
+    ResolvingGuard(const ResolvingGuard&) = delete;
+    ResolvingGuard& operator=(const ResolvingGuard&) = delete;
+
+private:
+    CStdStringList& mResolving;
+};
 
 void CutTrailingBackslash(CStdStr& path) {
     if (!path.empty() && path.back() == '\\') {
@@ -112,6 +130,14 @@ void CifDefine::storeDefine(const CStdStr& name, const CStdStr& rawValue) {
 bool CifDefine::resolveDefine(const CStdStr& name, CStdStr& value, const CStdStr& section) {
     LogScope scope(kComponent, "CifDefine::resolveDefine", kMask);
     scope.Log(kMask, "define:%s value:%s section:%s", name.c_str(), value.c_str(), section.c_str());
+    // A define that refers to itself, directly or through others, would recurse without end.
+    if (!name.empty() && mResolving.ContainsNoCase(BareName(name))) {
+        ENGINE_LOG(0, "CifDefine::resolveDefine: define $%s$ refers to itself: %s", name.c_str(),
+                   value.c_str());
+        scope.SetResult(CStdStr("false"));
+        return false;
+    }
+    ResolvingGuard guard(mResolving, BareName(name));
     value.TrimRight();
     if (value.size() >= 2 && value.front() == '%' && value.back() == '%') {
         value = LanguageText(value.Mid(1, value.GetLength() - 2));
@@ -136,6 +162,15 @@ bool CifDefine::resolveDefine(const CStdStr& name, CStdStr& value, const CStdStr
 
 bool CifDefine::resolveStrDefine(CStdStr& str, const CStdStr& section) {
     const CStdStr original = str;
+    int replacements = 0;
+    auto endless = [&]() {
+        if (++replacements <= kMaxReplacements) {
+            return false;
+        }
+        ENGINE_LOG(0, "CifDefine::resolveStrDefine: String define -- %s -- does not come to an end",
+                   original.c_str());
+        return true;
+    };
     for (;;) {
         int first = str.Find('$');
         if (first < 0) {
@@ -144,6 +179,9 @@ bool CifDefine::resolveStrDefine(CStdStr& str, const CStdStr& section) {
         int second = str.Find('$', first + 1);
         if (second < 0) {
             break;
+        }
+        if (endless()) {
+            return false;
         }
         CStdStr name = str.Mid(first + 1, second - first - 1);
         CStdStr value;
@@ -186,6 +224,9 @@ bool CifDefine::resolveStrDefine(CStdStr& str, const CStdStr& section) {
         int second = str.Find('%', first + 1);
         if (second < 0) {
             break;
+        }
+        if (endless()) {
+            return false;
         }
         CStdStr text = LanguageText(str.Mid(first + 1, second - first - 1));
         str = str.Left(first) + text + str.Mid(second + 1);

@@ -78,4 +78,6 @@ private:
     IniFile& mIsf;
     CStdStringList mMutableNames;
     bool mHasComponentFile;
+    // The defines whose resolution is under way, innermost last.
+    CStdStringList mResolving;
 };

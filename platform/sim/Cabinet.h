@@ -21,8 +21,9 @@ public:
         std::uint16_t attributes = 0;
     };
 
-    // The compression of a folder: the low four bits of its type word.
-    enum Compression { Stored = 0, MsZip = 1, Quantum = 2, Lzx = 3 };
+    // The compression of a folder: the low four bits of its type word, which may name a method
+    // outside the four known ones.
+    enum Compression : std::uint8_t { Stored = 0, MsZip = 1, Quantum = 2, Lzx = 3 };
 
     // False when the bytes are not a cabinet or its directory is cut short.
     bool Read(const std::string& bytes);

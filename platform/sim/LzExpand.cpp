@@ -1,5 +1,6 @@
 #include "sim/LzExpand.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace sim {
@@ -32,7 +33,8 @@ bool LzExpand::Expand(const std::string& bytes, std::string& expanded) {
         return false;
     }
     expanded.clear();
-    expanded.reserve(header.expandedSize);
+    // The header's size is only a claim: 17 bytes of data expand to 144 bytes at the most.
+    expanded.reserve(std::min<size_t>(header.expandedSize, bytes.size() / 17 * 144 + 144));
     unsigned char ring[kRingSize];
     std::memset(ring, ' ', sizeof ring);
     size_t position = kRingStart;

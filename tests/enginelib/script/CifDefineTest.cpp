@@ -79,6 +79,50 @@ TEST_F(CifDefineTest, DefinesReferToEachOtherInAnyDepth) {
     EXPECT_EQ("x[deep]y and [deep]", resolve(*defines, "$a$ and $B$"));
 }
 
+TEST_F(CifDefineTest, ACycleOfReferencesFailsInsteadOfNeverEnding) {
+    LogCapture log(machine);
+    auto defines = make({{"SELF", "x$SELF$"},
+                         {"PING", "<ExistFile,$PONG$>"},
+                         {"PONG", "$ping$"},
+                         {"FINE", "ok"},
+                         {"LOOSE", "$INSTALL_DIR$\\$LOOSE$"}});
+    // The table leaves the cycles out and keeps the rest.
+    EXPECT_EQ(0u, defines->GetResolved().count("$SELF$"));
+    EXPECT_EQ(0u, defines->GetResolved().count("$PING$"));
+    EXPECT_EQ("ok", defines->GetResolved().at("$FINE$"));
+    EXPECT_TRUE(log.Has("CifDefine::resolveDefine: define $SELF$ refers to itself"));
+    CStdStr value = "$PONG$";
+    EXPECT_FALSE(defines->resolveStrDefine(value, ""));
+    // A mutable define in a cycle fails once a section gives it a value.
+    value = "$LOOSE$";
+    EXPECT_FALSE(defines->resolveStrDefine(value, "Comp"));
+
+    readScript({"[Install]", "InstallDir=$INSTALL_DIR$\\again"});
+    auto scripted = make({});
+    value = "$INSTALL_DIR$";
+    EXPECT_FALSE(scripted->resolveStrDefine(value, "Comp"));
+}
+
+TEST_F(CifDefineTest, AValueThatBringsBackItsOwnReferenceStops) {
+    loadLanguage({"[Global]", "LOOP=and %LOOP% again"});
+    std::string ini = WriteLines(machine, "loop.ini", {"[S]", "K=$ECHO$"});
+    CStdStr echo = ("<ReadIni," + ini + ",S,K,>").c_str();
+    auto defines = make({{"ECHO", echo.c_str()}});
+    LogCapture log(machine);
+    CStdStr value = "$ECHO$";
+    EXPECT_FALSE(defines->resolveStrDefine(value, ""));
+    value = "say %LOOP%";
+    EXPECT_FALSE(defines->resolveStrDefine(value, ""));
+    EXPECT_TRUE(log.Has("CifDefine::resolveStrDefine: String define -- say %LOOP% -- does not "
+                        "come to an end"));
+    // Many references of one string are not a loop.
+    CStdStr many;
+    for (int index = 0; index < 1000; ++index) {
+        many += "%Global.LOOP_FREE%";
+    }
+    EXPECT_TRUE(defines->resolveStrDefine(many, ""));
+}
+
 TEST_F(CifDefineTest, LoneDollarsAndUnknownNames) {
     auto defines = make({{"A", "1"}});
     EXPECT_EQ("costs $5", resolve(*defines, "costs $5"));

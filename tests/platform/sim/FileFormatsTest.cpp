@@ -93,6 +93,14 @@ TEST(LzExpand, RoundTripsAndStopsAtTheEndOfDamagedData) {
         EXPECT_LE(out.size(), 4000u);
         EXPECT_EQ(Sample(4000).substr(0, out.size()), out);
     }
+
+    // A header that claims far more than its data can give takes no memory for the claim.
+    std::string boastful = packed;
+    boastful.replace(10, 4, "\xFF\xFF\xFF\xFF");
+    std::string out;
+    ASSERT_TRUE(sim::LzExpand::Expand(boastful, out));
+    EXPECT_EQ(Sample(4000), out.substr(0, 4000));
+    EXPECT_LT(out.capacity(), 1u << 20);
 }
 
 TEST(Cabinet, ExpandsMsZipBlocksThatReferToEarlierOnes) {
@@ -124,6 +132,10 @@ TEST(Cabinet, ListsAllMembersAndRefusesWhatItCannotExpand) {
     lzx[42] = 3; // the folder's compression: LZX
     ASSERT_TRUE(cabinet.Read(lzx));
     EXPECT_EQ(sim::Cabinet::Lzx, cabinet.CompressionOf(cabinet.Files()[0]));
+    EXPECT_FALSE(cabinet.Extract(cabinet.Files()[0], out));
+    lzx[42] = 8; // a method no cabinet tool knows
+    ASSERT_TRUE(cabinet.Read(lzx));
+    EXPECT_EQ(8, cabinet.CompressionOf(cabinet.Files()[0]));
     EXPECT_FALSE(cabinet.Extract(cabinet.Files()[0], out));
 
     for (size_t cut = 0; cut < bytes.size(); ++cut) {
