@@ -5,6 +5,7 @@
 #include "os/Files.h"
 #include "script/NlsFile.h"
 #include "support/JournalAction.h"
+#include "support/SuiteLog.h"
 #include "support/TestMachine.h"
 #include "system/DebugLog.h"
 #include "system/DebugLogger.h"
@@ -29,10 +30,7 @@ protected:
         NlsFile::Reset();
         RunState::Reset();
         RunState::SetReporter(&reporter);
-        log.Clear();
-        log.SetProduct("Suite");
-        log.SetManufacturer("Valmora");
-        log.SetOemProduct("");
+        StartSuiteLog(log);
     }
 
     void TearDown() override {

@@ -6,6 +6,7 @@
 #include "support/CompressedFiles.h"
 #include "support/LogCapture.h"
 #include "support/SimMachineState.h"
+#include "support/SuiteLog.h"
 #include "support/TestMachine.h"
 #include "system/FileOp.h"
 #include "tools/VersionedImage.h"
@@ -25,9 +26,7 @@ protected:
     void SetUp() override {
         RunState::Reset();
         RunState::SetReporter(&reporter);
-        uninstall.Clear();
-        uninstall.SetProduct("Suite");
-        uninstall.SetManufacturer("Valmora");
+        StartSuiteLog(uninstall);
         UninstallLog::SetParentComponent("Tools");
         ASSERT_EQ(os::error::Success, os::CreateDirectory(path("src")));
         ASSERT_EQ(os::error::Success, os::CreateDirectory(path("dst")));

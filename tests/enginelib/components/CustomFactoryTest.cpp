@@ -7,6 +7,7 @@
 #include "script/IniFile.h"
 #include "script/NlsFile.h"
 #include "script/SystemPath.h"
+#include "support/SuiteLog.h"
 #include "system/FileOp.h"
 #include "uninstall/UninstallLog.h"
 
@@ -32,10 +33,7 @@ protected:
     void SetUp() override {
         RunState::Reset();
         NlsFile::Reset();
-        log.Clear();
-        log.SetProduct("Suite");
-        log.SetManufacturer("Valmora");
-        log.SetOemProduct("");
+        StartSuiteLog(log);
         useScript("[Install]\nTools=1\n");
     }
 

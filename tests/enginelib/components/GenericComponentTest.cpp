@@ -4,6 +4,7 @@
 #include "core/ProductIni.h"
 #include "core/RunState.h"
 #include "enginelib/script/CifTestSupport.h"
+#include "support/SuiteLog.h"
 #include "uninstall/UninstallLog.h"
 
 #include <gtest/gtest.h>
@@ -31,10 +32,7 @@ protected:
     void SetUp() override {
         NlsFile::Reset();
         RunState::Reset();
-        log.Clear();
-        log.SetProduct("Suite");
-        log.SetManufacturer("Valmora");
-        log.SetOemProduct("");
+        StartSuiteLog(log);
         RunState::SetCurrentComponent(UninstallLog::kRoot);
     }
 

@@ -4,6 +4,7 @@
 #include "enginelib/script/CifTestSupport.h"
 #include "os/Files.h"
 #include "script/SystemPath.h"
+#include "support/SuiteLog.h"
 #include "uninstall/UninstallLog.h"
 
 #include <gtest/gtest.h>
@@ -22,9 +23,7 @@ protected:
         os::CreateDirectory(machine.Path("pkg"));
         os::CreateDirectory(config);
         SystemPath::SetApplicationDirectoryOverride(machine.Path("pkg"));
-        log.Clear();
-        log.SetProduct("Suite");
-        log.SetManufacturer("Valmora");
+        StartSuiteLog(log);
     }
 
     void TearDown() override {

@@ -11,6 +11,7 @@
 #include "script/IniFile.h"
 #include "script/NlsFile.h"
 #include "script/SystemPath.h"
+#include "support/SuiteLog.h"
 #include "support/TestMachine.h"
 #include "system/DebugLog.h"
 #include "system/DebugLogger.h"
@@ -35,10 +36,7 @@ protected:
         ProductIni::Unload();
         NlsFile::Reset();
         RunState::Reset();
-        log.Clear();
-        log.SetProduct("Suite");
-        log.SetManufacturer("Valmora");
-        log.SetOemProduct("");
+        StartSuiteLog(log);
         os::CreateDirectory(package);
         os::CreateDirectory(config);
         SystemPath::SetApplicationDirectoryOverride(package);
