@@ -1,7 +1,13 @@
 #include "components/CustomFactory.h"
 
 #include "actions/ActionSet.h"
+#include "actions/ConfigurationAction.h"
+#include "actions/EnvVariableAction.h"
 #include "actions/FileAction.h"
+#include "actions/IniFileAction.h"
+#include "actions/LinePatchAction.h"
+#include "actions/RegistryAction.h"
+#include "actions/TextFileAction.h"
 #include "components/GenericComponent.h"
 #include "os/Files.h"
 #include "script/CifDefine.h"
@@ -343,6 +349,17 @@ bool CustomFactory::getActionList(ActionSet& list, const CStdStr& componentName,
     return true;
 }
 
+Action* CustomFactory::makeLinePatchAction(CStdStringList parameters) const {
+    // The system's uninstall files are those the last patch component counts newer than.
+    if (!parameters.empty() && parameters[0] == "SYSTEM_ALL_UNST_CIF") {
+        if (mAllUninstallCifs.empty()) {
+            return nullptr;
+        }
+        parameters[0] = mAllUninstallCifs;
+    }
+    return new LinePatchAction(parameters);
+}
+
 Action* CustomFactory::getAction(const CStdStr& keyword, const CStdStringList& parameters) {
     LogScope scope(kComponent, "CustomFactory::getAction", kMask);
     Action* action = nullptr;
@@ -355,6 +372,18 @@ Action* CustomFactory::getAction(const CStdStr& keyword, const CStdStringList& p
             list[4] = "NotLogIt";
         }
         action = new FileAction(list);
+    } else if (keyword.EqualsNoCase("EnvVariable")) {
+        action = new EnvVariableAction(parameters);
+    } else if (keyword.EqualsNoCase("IniFile")) {
+        action = new IniFileAction(parameters);
+    } else if (keyword.EqualsNoCase("RegistryEntry")) {
+        action = new RegistryAction(parameters);
+    } else if (keyword.EqualsNoCase("TextFile")) {
+        action = new TextFileAction(parameters);
+    } else if (keyword.EqualsNoCase("Configuration")) {
+        action = new ConfigurationAction(parameters);
+    } else if (keyword.EqualsNoCase("LinePatch")) {
+        action = makeLinePatchAction(parameters);
     }
     scope.SetResult(action != nullptr ? keyword : CStdStr("NULL"));
     return action;

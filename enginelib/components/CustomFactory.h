@@ -34,6 +34,8 @@ private:
                                    const CStdStr& instanceName);
     void findOlderUninstallCifs(const CStdStr& version);
     CStdStringList readRequires(const CStdStr& value);
+    // A LinePatch action; null when it names the system's uninstall files and there are none.
+    Action* makeLinePatchAction(CStdStringList parameters) const;
 
     bool mSkipRequirements = false;
     bool mNoLog = false;

@@ -138,10 +138,12 @@ os::Error Registry::openKey(const CStdStr& root, const CStdStr& key, std::uint32
     handle = 0;
     os::HKey rootKey = getRootKey(root);
     if (rootKey == 0) {
-        return os::error::InvalidHandle;
+        mLastError = os::error::InvalidHandle;
+        return mLastError;
     }
     os::Error rc = os::RegOpenKeyEx(rootKey, key, access, handle);
     if (rc != os::error::Success) {
+        mLastError = rc;
         handle = 0;
         ENGINE_LOG(rc == os::error::FileNotFound ? kMask : 0, "Failed:RegOpenKeyEx %s (rc:%d)",
                    key.c_str(), static_cast<int>(rc));
@@ -155,6 +157,7 @@ bool Registry::CreateKey(const CStdStr& root, const CStdStr& key, bool inheritPe
               inheritPermissions ? 1 : 0);
     os::HKey rootKey = getRootKey(root);
     if (rootKey == 0) {
+        mLastError = os::error::InvalidHandle;
         scope.SetResult(false);
         return false;
     }
@@ -192,6 +195,7 @@ bool Registry::CreateKey(const CStdStr& root, const CStdStr& key, bool inheritPe
     os::Error rc =
             os::RegCreateKeyEx(rootKey, key, os::regaccess::AllAccess, security, created, nullptr);
     if (rc != os::error::Success) {
+        mLastError = rc;
         scope.Log(0, "Failed:RegCreteKeyEx of %s rc:%d", key.c_str(), static_cast<int>(rc));
         scope.SetResult(false);
         return false;
@@ -339,10 +343,12 @@ bool Registry::WriteValue(const CStdStr& root, const CStdStr& key, const CStdStr
         }
         break;
     case os::regtype::MultiString:
+        mLastError = os::error::InvalidParameter;
         scope.Log(0, "unsupported registry type Reg_Multi_String");
         scope.SetResult(false);
         return false;
     default:
+        mLastError = os::error::InvalidParameter;
         scope.Log(0, "unsupported registry type %d", static_cast<int>(value.type));
         scope.SetResult(false);
         return false;
@@ -359,6 +365,7 @@ bool Registry::WriteValue(const CStdStr& root, const CStdStr& key, const CStdStr
     KeyCloser closer(handle);
     os::Error rc = os::RegSetValueEx(handle, valueName, value.type, data);
     if (rc != os::error::Success) {
+        mLastError = rc;
         scope.Log(0, "Failed:RegSetValueEx rc:%d", static_cast<int>(rc));
         scope.SetResult(false);
         return false;
@@ -380,6 +387,7 @@ bool Registry::DeleteValue(const CStdStr& root, const CStdStr& key, const CStdSt
     scope.Log(kMask, "Call RegDeleteValue for value :%s", valueName.c_str());
     os::Error rc = os::RegDeleteValue(handle, valueName);
     if (rc != os::error::Success) {
+        mLastError = rc;
         scope.Log(0, "Failed:RegDeleteValue rc:%d", static_cast<int>(rc));
         scope.SetResult(false);
         return false;
@@ -393,14 +401,19 @@ bool Registry::DeleteEmptyKey(const CStdStr& root, const CStdStr& key, bool trav
     scope.Log(kMask, "Params: root:%s,key:%s,traverseDown:%d", root.c_str(), key.c_str(),
               traverseDown ? 1 : 0);
     os::HKey rootKey = getRootKey(root);
+    mLastError = rootKey == 0 ? os::error::InvalidHandle : os::error::Success;
     CStdStr current = key;
     bool first = true;
     while (!current.empty() && rootKey != 0) {
         if (!IsKeyEmpty(root, current)) {
+            if (first && mLastError == os::error::Success) {
+                mLastError = os::error::AccessDenied; // as RegDeleteKey answers a key in use
+            }
             break;
         }
         os::Error rc = os::RegDeleteKey(rootKey, current);
         if (rc != os::error::Success) {
+            mLastError = rc;
             scope.Log(0, "Failed:RegDeleteKey rc:%d", static_cast<int>(rc));
             break;
         }

@@ -39,6 +39,10 @@ public:
     bool CleanEmptyKeys(const CStdStr& root, const CStdStr& key);
     bool WipeOutKey(const CStdStr& root, const CStdStr& key);
 
+    // The system's error code of the last call that failed on this object, for the callers'
+    // messages; 0 before any failure.
+    os::Error GetLastError() const { return mLastError; }
+
     // The handle of a root word on this object's computer; 0 for an unknown word.
     os::HKey getRootKey(const CStdStr& rootWord);
     // RegConnectRegistry of a predefined root on this object's computer; 0 on failure.
@@ -54,4 +58,5 @@ private:
     CStdStr mComputerName;
     std::map<os::HKey, os::HKey> mRemoteRoots;
     os::HKey mRemoteClasses = 0;
+    os::Error mLastError = os::error::Success;
 };

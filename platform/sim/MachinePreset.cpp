@@ -606,6 +606,9 @@ private:
             dword(windows, "CSDVersion", static_cast<std::uint32_t>(id.servicePackMajor) << 8);
         } else {
             key(software + "Microsoft\\Windows\\CurrentVersion\\Fonts");
+            // Windows 9x takes its variables from AUTOEXEC.BAT; the keys stand empty, ready for
+            // what an install sets where NT keeps them.
+            key(control + "Session Manager\\Environment");
         }
 
         RegKey* computer = key(control + "ComputerName\\ComputerName");
@@ -647,6 +650,8 @@ private:
             }
             expand(userEnvironment, "TEMP", temp);
             expand(userEnvironment, "TMP", temp);
+        } else {
+            key(userKey + "\\Environment");
         }
         key(userKey + "\\" + windowsKey + "\\Run");
         for (const std::string& hive : {userKey, std::string("HKEY_USERS\\.DEFAULT")}) {

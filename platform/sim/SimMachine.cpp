@@ -196,6 +196,7 @@ bool SimMachine::load(const std::string& hostDir, std::string& why) {
         why = "registry.reg: " + why;
         return false;
     }
+    applyRegistryEnvironment();
 
     IniText faults;
     std::string ignored;
@@ -338,6 +339,43 @@ FileLock SimMachine::LockOf(const WindowsPath& path) const {
     }
     auto found = mLocks.find(FoldName(path.ToString()));
     return found == mLocks.end() ? FileLock::None : found->second;
+}
+
+void SimMachine::applyRegistryEnvironment() {
+    // A process starts with the variables of the system, then those of the user, over the
+    // block of machine.ini; the user's Path is joined behind the system's, and expandable values
+    // are expanded against what stands so far, as the logon builds a new process's block.
+    // Windows 9x has its block from AUTOEXEC.BAT: a Path of the registry joins it. TEMP and TMP
+    // keep machine.ini's form, the one the logon gives a process.
+    const RegKey* system =
+            mRegistry.Find("HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Control\\"
+                           "Session Manager\\Environment");
+    const RegKey* user = mRegistry.Find(CurrentUserKey() + "\\Environment");
+    std::string path = mIdentity.IsNT() ? std::string() : mEnvironment.Get("Path").value_or("");
+    for (const RegKey* key : {system, user}) {
+        if (key == nullptr) {
+            continue;
+        }
+        for (const RegValue& value : key->Values()) {
+            if (value.name.empty() || (value.type != regtype::String &&
+                                       value.type != regtype::ExpandString)) {
+                continue;
+            }
+            std::string name = FoldName(value.name);
+            if ((name == "temp" || name == "tmp") && mEnvironment.Get(name)) {
+                continue;
+            }
+            std::string text = value.AsText();
+            if (value.type == regtype::ExpandString) {
+                text = mEnvironment.Expand(text);
+            }
+            if (name == "path") {
+                path = path.empty() ? text : text.empty() ? path : path + ";" + text;
+                text = path;
+            }
+            mEnvironment.Set(value.name, text);
+        }
+    }
 }
 
 void SimMachine::MoveLock(const WindowsPath& from, const WindowsPath& to) {

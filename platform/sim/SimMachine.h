@@ -105,6 +105,8 @@ public:
 private:
     SimMachine() = default;
     bool load(const std::string& hostDir, std::string& why);
+    // The environment variables that the registry keeps, over those of machine.ini.
+    void applyRegistryEnvironment();
     static std::string namedDirectory();
     // Size and modification time of the state files, to see changes made from outside.
     std::string stateStamp() const;

@@ -13,4 +13,14 @@ Error SendMessageTimeout(WindowHandle window, std::uint32_t message, std::uintpt
     return sent != 0 ? error::Success : ::GetLastError();
 }
 
+Error SendMessageTimeoutText(WindowHandle window, std::uint32_t message, std::uintptr_t wParam,
+                             const std::string& text, std::uint32_t flags,
+                             std::uint32_t timeoutMs) {
+    DWORD_PTR result = 0;
+    LRESULT sent = ::SendMessageTimeoutA(reinterpret_cast<HWND>(window), message, wParam,
+                                         reinterpret_cast<LPARAM>(text.c_str()), flags, timeoutMs,
+                                         &result);
+    return sent != 0 ? error::Success : ::GetLastError();
+}
+
 } // namespace os

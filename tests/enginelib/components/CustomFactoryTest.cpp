@@ -1,5 +1,7 @@
 #include "components/CustomFactory.h"
 
+#include "actions/EnvVariableAction.h"
+#include "actions/RegistryAction.h"
 #include "components/GenericComponent.h"
 #include "core/RunState.h"
 #include "enginelib/script/CifTestSupport.h"
@@ -179,6 +181,28 @@ TEST_F(CustomFactoryTest, ALineThatMakesNoActionRefusesTheWholeComponent) {
     EXPECT_FALSE(unlogged->GetLogIt());
     delete unlogged;
     EXPECT_EQ(nullptr, factory->getAction("Bogus", parameters));
+}
+
+TEST_F(CustomFactoryTest, RegistryAndEnvironmentLinesMakeTheirActions) {
+    auto tools = make("Tools", "[Tools]\n[Tools_Actions]\n"
+                               "RegistryEntry, ADD, HKLM, \"Software\\A,B\", Name, STR, x\n"
+                               "registryentry,WIPEOUT,HKCU,Software\\Old\n"
+                               "EnvVariable,APPEND,Path,C:\\Suite,AllUsers\n");
+    ASSERT_NE(nullptr, tools);
+    ActionSet& actions = tools->GetInstallActions();
+    ASSERT_EQ(3u, actions.Size());
+    auto* add = dynamic_cast<RegistryAction*>(actions.GetAt(0));
+    ASSERT_NE(nullptr, add);
+    EXPECT_EQ(RegistryAction::Add, add->GetOperation());
+    EXPECT_EQ("Software\\A,B", add->GetSubKey());
+    EXPECT_EQ("Name", add->GetValueName());
+    auto* wipe = dynamic_cast<RegistryAction*>(actions.GetAt(1));
+    ASSERT_NE(nullptr, wipe);
+    EXPECT_EQ(RegistryAction::WipeOut, wipe->GetOperation());
+    auto* path = dynamic_cast<EnvVariableAction*>(actions.GetAt(2));
+    ASSERT_NE(nullptr, path);
+    EXPECT_EQ(EnvVariableAction::EnvAppend, path->GetEnvOperation());
+    EXPECT_EQ("AllUsers", path->GetScope());
 }
 
 TEST_F(CustomFactoryTest, RequirementsAndSourceDecideWhetherTheComponentExists) {
