@@ -1,5 +1,6 @@
 #include "actions/Action.h"
 
+#include "core/RunState.h"
 #include "uninstall/UninstallLog.h"
 
 void Action::LogUninstallItem(unsigned itemType, CStdStr component, const CStdStr& item) {
@@ -7,4 +8,8 @@ void Action::LogUninstallItem(unsigned itemType, CStdStr component, const CStdSt
         return;
     }
     UninstallLog::Global().AddItem(itemType, component, item);
+}
+
+bool Action::BuildsPackage() {
+    return !RunState::GetPackageDir().empty();
 }

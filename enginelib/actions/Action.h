@@ -38,6 +38,10 @@ public:
     void SetActionDesc(const CStdStr& description) { mActionDesc = description; }
 
 protected:
+    // Whether the run builds a package: then an action that changes the machine in place (the
+    // registry, settings files) does nothing, since the package carries files only.
+    static bool BuildsPackage();
+
     // Progress units this action is worth; set by the subclass, normally in its constructor.
     std::uint32_t mUnits = 0;
     // False: LogUninstallItem records nothing (the NotLogIt parameter).

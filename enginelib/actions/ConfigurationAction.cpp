@@ -79,7 +79,10 @@ ConfigurationAction::ConfigurationAction(CStdStringList params) {
 bool ConfigurationAction::Perform(CStdStr /*title*/) {
     LogScope scope(kComponent, "ConfigurationAction::Perform", kMask);
     bool ok = false;
-    if (mOperation == PrepSystem) {
+    if (mOperation == PrepSystem && BuildsPackage()) {
+        scope.Log(kMask, "Building a package: %s is left to the install.", mListFile.c_str());
+        ok = true;
+    } else if (mOperation == PrepSystem) {
         ok = PrepSystemForConfigurations(mListFile);
     } else if (mOperation == CopyForPackage) {
         ok = CopyConfigurationFilesForPackage(mListFile, mTarget);
@@ -97,12 +100,14 @@ CStdStr ConfigurationAction::GetCfgSourceFilePath(const CStdStr& path) {
 }
 
 bool ConfigurationAction::EnhanceFileCopy(const CStdStr& source, const CStdStr& target) {
+    LogScope scope(kComponent, "ConfigurationAction::EnhanceFileCopy", kMask);
     EnhanceFile copier(false, false);
     int result = copier.singleCopy(source, target, false);
     const char* outcome = result == EnhanceFile::Failed      ? "failed."
                           : result == EnhanceFile::NotCopied ? "success-noCopy."
                                                              : "success.";
-    ENGINE_LOG(kMask, "EnhanceFileCopy: %s <%s>", target.c_str(), outcome);
+    scope.Log(kMask, "EnhanceFileCopy: %s <%s>", target.c_str(), outcome);
+    scope.SetResult(result != EnhanceFile::Failed);
     return result != EnhanceFile::Failed;
 }
 

@@ -107,6 +107,11 @@ bool EnhanceRegistry::deleteKey(const CStdStr& key, const CStdStr& subKey,
                   static_cast<int>(mRegistry.GetLastError()));
     }
     mRegistry.CleanEmptyKeys(key, subKey);
+    // The parents that have become empty go too.
+    int cut = subKey.ReverseFind('\\');
+    if (cut > 0 && !mRegistry.DoesKeyExist(key, subKey)) {
+        mRegistry.DeleteEmptyKey(key, subKey.Left(cut), true);
+    }
     scope.SetResult(true);
     return true;
 }

@@ -47,6 +47,11 @@ EnvVariableAction::EnvVariableAction(CStdStringList params) {
 
 bool EnvVariableAction::Perform(CStdStr title) {
     LogScope scope(kComponent, "EnvVariableAction::Perform", kMask);
+    if (BuildsPackage()) {
+        scope.Log(kMask, "Building a package: %s is left to the install.", mName.c_str());
+        scope.SetResult(true);
+        return true;
+    }
     CStdStr root;
     CStdStr key;
     if (!EnvironmentKey(mScope, root, key)) {

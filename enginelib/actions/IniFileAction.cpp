@@ -34,6 +34,11 @@ IniFileAction::IniFileAction(CStdStringList params) {
 
 bool IniFileAction::Perform(CStdStr /*title*/) {
     LogScope scope(kComponent, "IniFileAction::Perform", kMask);
+    if (BuildsPackage()) {
+        scope.Log(kMask, "Building a package: %s is left to the install.", mFile.c_str());
+        scope.SetResult(true);
+        return true;
+    }
     bool ok = false;
     switch (mOperation) {
     case Append:

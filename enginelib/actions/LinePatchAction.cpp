@@ -38,6 +38,11 @@ LinePatchAction::LinePatchAction(CStdStringList params) {
 
 bool LinePatchAction::Perform(CStdStr /*title*/) {
     LogScope scope(kComponent, "LinePatchAction::Perform", kMask);
+    if (BuildsPackage()) {
+        scope.Log(kMask, "Building a package: %s is left to the install.", mFiles.c_str());
+        scope.SetResult(true);
+        return true;
+    }
     if (mOperation == Unknown) {
         scope.Log(0, "unknown operation of the files %s.", mFiles.c_str());
         scope.SetResult(false);
@@ -118,6 +123,7 @@ bool LinePatchAction::appendString(const CStdStr& file, const CStdStr& section,
 }
 
 bool LinePatchAction::addLine(const CStdStr& file) {
+    LogScope scope(kComponent, "LinePatchAction::addLine", kMask);
     CStdStr section;
     CStdStr key;
     CStdStr value;
@@ -133,11 +139,12 @@ bool LinePatchAction::addLine(const CStdStr& file) {
     bool ok = !section.empty() && !key.empty() &&
               EnhanceIniFile::AppendOrUpdateValue(file, section, key, value, "Update", CStdStr());
     if (ok) {
-        ENGINE_LOG(logmask::General, "Add/Update Success: [%s] %s=%s", section.c_str(),
-                   key.c_str(), value.c_str());
+        scope.Log(logmask::General, "Add/Update Success: [%s] %s=%s", section.c_str(),
+                  key.c_str(), value.c_str());
     } else {
-        ENGINE_LOG(0, "Add line Failed: [%s]%s=%s", section.c_str(), key.c_str(), value.c_str());
+        scope.Log(0, "Add line Failed: [%s]%s=%s", section.c_str(), key.c_str(), value.c_str());
     }
+    scope.SetResult(ok);
     return ok;
 }
 

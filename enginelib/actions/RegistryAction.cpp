@@ -45,6 +45,11 @@ void RegistryAction::configure(CStdStringList params) {
 
 bool RegistryAction::Perform(CStdStr title) {
     LogScope scope(kComponent, "RegistryAction::Perform", kMask);
+    if (BuildsPackage()) {
+        scope.Log(kMask, "Building a package: %s is left to the install.", mSubKey.c_str());
+        scope.SetResult(true);
+        return true;
+    }
     // The product's title is put in for this run only, so that another run with another title
     // starts from the line's own text.
     CStdStr subKey = mSubKey;

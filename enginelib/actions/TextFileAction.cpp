@@ -35,6 +35,11 @@ TextFileAction::TextFileAction(CStdStringList params) {
 
 bool TextFileAction::Perform(CStdStr /*title*/) {
     LogScope scope(kComponent, "TextFileAction::Perform", kMask);
+    if (BuildsPackage()) {
+        scope.Log(kMask, "Building a package: %s is left to the install.", mFile.c_str());
+        scope.SetResult(true);
+        return true;
+    }
     bool ok = false;
     if (mOperation == Append) {
         ok = appendToFile();

@@ -361,15 +361,15 @@ void SimMachine::applyRegistryEnvironment() {
                                        value.type != regtype::ExpandString)) {
                 continue;
             }
-            std::string name = FoldName(value.name);
-            if ((name == "temp" || name == "tmp") && mEnvironment.Get(name)) {
+            const std::string& name = value.name;
+            if ((NamesEqual(name, "TEMP") || NamesEqual(name, "TMP")) && mEnvironment.Get(name)) {
                 continue;
             }
             std::string text = value.AsText();
             if (value.type == regtype::ExpandString) {
                 text = mEnvironment.Expand(text);
             }
-            if (name == "path") {
+            if (NamesEqual(name, "Path")) {
                 path = path.empty() ? text : text.empty() ? path : path + ";" + text;
                 text = path;
             }

@@ -131,6 +131,22 @@ TEST_P(ExamplePackageOnEveryWindows, InstallsWhatThisWindowsSelectsAndRecordsIt)
     EXPECT_NE(std::string::npos, log.find("[Office_Special,TovarSuite]"));
     EXPECT_NE(std::string::npos, log.find("TemplateMold=Profiles.Profile#Office"));
     EXPECT_NE(std::string::npos, log.find("RequiredBy=Tools"));
+
+    // The suite's registry values, its variable and its lines in text files.
+    std::string registry = ReadHostFile(dir / "registry.reg");
+    EXPECT_NE(std::string::npos, registry.find("\"Build\"=dword:00000834"));
+    EXPECT_NE(std::string::npos, registry.find("\"Signature\"=hex:54,56,52,31"));
+    EXPECT_NE(std::string::npos, registry.find("\"Components\"=\"Core\""));
+    EXPECT_NE(std::string::npos, registry.find("\\Software\\Tovar\\Suite\\Settings]"));
+    EXPECT_NE(std::string::npos, registry.find("\"TOVAR_SHARED\"="));
+    EXPECT_NE(std::string::npos, log.find("HKLM,Software\\Tovar\\Suite,Build=1"));
+    EXPECT_NE(std::string::npos, log.find("HKCU,Software\\Tovar\\Suite\\Settings,=1"));
+    EXPECT_NE(std::string::npos,
+              log.find("HKLM,System\\CurrentControlSet\\Control\\Session Manager\\Environment,"
+                       "TOVAR_SHARED=1"));
+    fs::path windows = drive(dir) / expected.systemFolder.parent_path();
+    EXPECT_NE(std::string::npos, ReadHostFile(windows / "win.ini").find("[Tovar]\r\nSuite=2.1.0"));
+    EXPECT_EQ("\r\nTovarJet on USB001\r\n", ReadHostFile(shared / "devices.txt"));
 }
 
 INSTANTIATE_TEST_SUITE_P(FromWindows98ToWindows8, ExamplePackageOnEveryWindows,
@@ -242,6 +258,8 @@ TEST_F(ExamplePackageTest, APackageScriptInstallsNothingAndLogsNothing) {
     EXPECT_FALSE(fs::exists(suite(dir)));
     EXPECT_FALSE(fs::exists(drive(dir) / "Program Files" / "Common Files" / "Tovar Shared"));
     EXPECT_EQ("", ReadHostFile(drive(dir) / "WINDOWS" / "system32" / "QorFiles.ulf"));
+    EXPECT_EQ(std::string::npos, ReadHostFile(dir / "registry.reg").find("Tovar\\Suite"))
+            << "a package leaves the registry alone";
     fs::path image = drive(dir) / "Documents and Settings" / "User" / "Local Settings" / "Temp" /
                      "CustomPackage" / "C" / "Program Files" / "Tovar Suite";
     EXPECT_TRUE(fs::exists(image / "bin" / "Toolbox.exe"));

@@ -185,7 +185,7 @@ TEST_F(CustomFactoryTest, ALineThatMakesNoActionRefusesTheWholeComponent) {
 
 TEST_F(CustomFactoryTest, RegistryAndEnvironmentLinesMakeTheirActions) {
     auto tools = make("Tools", "[Tools]\n[Tools_Actions]\n"
-                               "RegistryEntry, ADD, HKLM, \"Software\\A,B\", Name, STR, x\n"
+                               "RegistryEntry, ADD, HKLM,\"Software\\A,B\", Name, STR, x\n"
                                "registryentry,WIPEOUT,HKCU,Software\\Old\n"
                                "EnvVariable,APPEND,Path,C:\\Suite,AllUsers\n");
     ASSERT_NE(nullptr, tools);
