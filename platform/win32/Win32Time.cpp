@@ -26,4 +26,21 @@ void Sleep(std::uint32_t milliseconds) {
     ::Sleep(milliseconds);
 }
 
+Error SystemTimeToFileTime(const SystemTime& time, FileTime& fileTime) {
+    SYSTEMTIME fields{};
+    fields.wYear = time.year;
+    fields.wMonth = time.month;
+    fields.wDay = time.day;
+    fields.wHour = time.hour;
+    fields.wMinute = time.minute;
+    fields.wSecond = time.second;
+    fields.wMilliseconds = time.milliseconds;
+    FILETIME result;
+    if (!::SystemTimeToFileTime(&fields, &result)) {
+        return ::GetLastError();
+    }
+    fileTime.ticks = (static_cast<std::uint64_t>(result.dwHighDateTime) << 32) | result.dwLowDateTime;
+    return error::Success;
+}
+
 } // namespace os
