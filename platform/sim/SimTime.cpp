@@ -3,6 +3,8 @@
 
 #include "sim/SimClock.h"
 
+#include <chrono>
+
 namespace os {
 
 std::uint32_t GetTickCount() {
