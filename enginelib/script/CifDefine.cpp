@@ -226,9 +226,8 @@ bool CifDefine::resolveStrDefine(CStdStr& str, const CStdStr& section) {
             return false;
         }
         ENGINE_LOG(0,
-                   "CifDefine::resolveStrDefine: String define -- %s -- grows beyond %zu "
-                   "characters",
-                   original.Left(200).c_str(), kMaxValueLength);
+                   "CifDefine::resolveStrDefine: String define -- %s -- grows beyond %u characters",
+                   original.Left(200).c_str(), static_cast<unsigned>(kMaxValueLength));
         return true;
     };
     for (;;) {
