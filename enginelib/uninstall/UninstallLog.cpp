@@ -744,6 +744,7 @@ bool UninstallLog::ReadAllRelevant(bool convertOldest, bool commitAfter) {
         ok = false;
     }
     mBase = LogSnapshot::Of(*this);
+    mBasePath = path;
     // Not yet: the per-user QorFiles.usr (in the all-users folder under the manufacturer) is to
     // be converted here, and with convertOldest the Qorfiles.log beside this log (and, with
     // commitAfter, the registry records); after a commit the converted QorFiles.usr is deleted.
@@ -841,7 +842,8 @@ bool UninstallLog::commitShared(const CStdStr& path) {
                        static_cast<unsigned>(waited), path.c_str());
         }
     }
-    if (!FileStamp(path).empty()) {
+    // Only the file this log was read from (or last written to) has a base to merge against.
+    if (path.EqualsNoCase(mBasePath) && !FileStamp(path).empty()) {
         IniFile theirs(false);
         if (theirs.Read(path)) {
             if (!(LogSnapshot::Of(theirs) == mBase)) {
@@ -856,6 +858,7 @@ bool UninstallLog::commitShared(const CStdStr& path) {
     bool ok = writeText(path, FormatText());
     if (ok) {
         mBase = LogSnapshot::Of(*this);
+        mBasePath = path;
     }
     if (held) {
         os::ReleaseMutex(mutex);

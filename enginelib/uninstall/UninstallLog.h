@@ -159,6 +159,7 @@ private:
     // A log file that existed but could not be read: it is not replaced by what this run knows.
     CStdStr mUnreadablePath;
     CStdStr mStamp;
-    // The records as the file held them when this object last read or wrote it.
+    // The records as the file at mBasePath held them when this object last read or wrote it.
     LogSnapshot mBase;
+    CStdStr mBasePath;
 };
