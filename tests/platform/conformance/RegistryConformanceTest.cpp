@@ -173,12 +173,19 @@ class RegistryLimits : public RegistryConformance {};
 
 TEST_F(RegistryLimits, AKeyNameOver255CharactersIsAnInvalidParameter) {
     HKey key = 0;
-    EXPECT_EQ(error::Success, RegCreateKeyEx(hkey::CurrentUser, base + "\\" + std::string(255, 'n'),
-                                             regaccess::AllAccess, "", key, nullptr));
+    Error longest = RegCreateKeyEx(hkey::CurrentUser, base + "\\" + std::string(255, 'n'),
+                                   regaccess::AllAccess, "", key, nullptr);
     RegCloseKey(key);
-    EXPECT_EQ(error::InvalidParameter,
-              RegCreateKeyEx(hkey::CurrentUser, base + "\\" + std::string(256, 'n'),
-                             regaccess::AllAccess, "", key, nullptr));
+    Error over = RegCreateKeyEx(hkey::CurrentUser, base + "\\" + std::string(256, 'n'),
+                                regaccess::AllAccess, "", key, nullptr);
+    if (!machine.IsSimulated() && longest == error::MoreData) {
+        // Wine's A function gives 234 (ERROR_MORE_DATA) for a name of 255 characters already,
+        // and for longer ones; Windows makes the key of 255.
+        EXPECT_EQ(error::MoreData, over);
+        return;
+    }
+    EXPECT_EQ(error::Success, longest);
+    EXPECT_EQ(error::InvalidParameter, over);
 }
 
 TEST_F(RegistryLimits, TheTreeEndsAt512Levels) {
