@@ -71,7 +71,8 @@ SimMachine* SimMachine::Refresh(std::string& why) {
 std::string SimMachine::stateStamp() const {
     std::string stamp;
     for (const char* file :
-         {"machine.ini", "registry.reg", "faults.ini", "processes.ini", "spooler.ini"}) {
+         {"machine.ini", "registry.reg", "faults.ini", "processes.ini", "spooler.ini",
+          "services.ini"}) {
         struct stat info;
         if (::stat((mDirectory + "/" + file).c_str(), &info) == 0) {
             stamp += std::to_string(info.st_size) + ":" + std::to_string(info.st_mtim.tv_sec) +
@@ -217,6 +218,15 @@ bool SimMachine::load(const std::string& hostDir, std::string& why) {
     if (fs::exists(mDirectory + "/spooler.ini", error) &&
         spooler.Load(mDirectory + "/spooler.ini", ignored)) {
         mSpooler.Read(spooler);
+    }
+    IniText services;
+    if (fs::exists(mDirectory + "/services.ini", error) &&
+        services.Load(mDirectory + "/services.ini", ignored)) {
+        mServices.Read(services);
+        // The spooler answers while its service runs.
+        if (const SimService* spoolerService = mServices.Find("Spooler")) {
+            mSpooler.running = spoolerService->state == 4;
+        }
     }
     mCurrentDirectory = HostToMachine(HostWorkingDirectory());
     mStamp = stateStamp();
@@ -385,6 +395,9 @@ void SimMachine::Commit() {
     save(
             "spooler.ini", mSpoolerDirty, [this](IniText& ini) { mSpooler.Write(ini); },
             SpoolerState::kHeader);
+    save(
+            "services.ini", mServicesDirty, [this](IniText& ini) { mServices.Write(ini); },
+            ServiceTable::kHeader);
     for (auto& [name, remote] : mRemotes) {
         remote->Commit();
     }

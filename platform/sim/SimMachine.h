@@ -10,6 +10,7 @@
 #include "sim/PathMapper.h"
 #include "sim/ProcessTable.h"
 #include "sim/RegistryStore.h"
+#include "sim/ServiceTable.h"
 #include "sim/SpoolerState.h"
 
 #include <map>
@@ -65,6 +66,9 @@ public:
     SpoolerState& Spooler() { return mSpooler; }
     void ProcessesChanged() { mProcessesDirty = true; }
     void SpoolerChanged() { mSpoolerDirty = true; }
+    // The services (services.ini); empty on Windows 9x, which has no service manager.
+    ServiceTable& Services() { return mServices; }
+    void ServicesChanged() { mServicesDirty = true; }
 
     // The current folder of the process, as a UTF-8 machine path.
     const std::string& CurrentDirectory() const { return mCurrentDirectory; }
@@ -126,6 +130,8 @@ private:
     SpoolerState mSpooler;
     bool mProcessesDirty = false;
     bool mSpoolerDirty = false;
+    ServiceTable mServices;
+    bool mServicesDirty = false;
     std::string mStamp;
 };
 
