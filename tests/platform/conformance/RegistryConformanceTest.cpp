@@ -5,6 +5,7 @@
 #include "support/TestMachine.h"
 
 #include <gtest/gtest.h>
+#include <vector>
 
 namespace {
 
@@ -191,22 +192,25 @@ TEST_F(RegistryLimits, AKeyNameOver255CharactersIsAnInvalidParameter) {
 TEST_F(RegistryLimits, TheTreeEndsAt512Levels) {
     // One level per call, from the handle of the level above. Windows refuses a key deeper than
     // 512 levels below its hive with ERROR_INVALID_PARAMETER; Wine has no such limit and makes
-    // all 600, so the real API is only held to the code when it refuses at all.
-    HKey parent = create("");
+    // all 520, so the real API is only held to the code when it refuses at all.
+    // Every level's handle is kept, so that the chain goes again from the bottom up: a path
+    // that long is more than some systems open by name.
+    std::vector<HKey> chain{create("")};
     int levels = 0;
     Error refused = error::Success;
-    for (; levels < 600; ++levels) {
+    for (; levels < 520; ++levels) {
         HKey child = 0;
-        refused = RegCreateKeyEx(parent, "k", regaccess::AllAccess, "", child, nullptr);
-        RegCloseKey(parent);
+        refused = RegCreateKeyEx(chain.back(), "k", regaccess::AllAccess, "", child, nullptr);
         if (refused != error::Success) {
             break;
         }
-        parent = child;
+        chain.push_back(child);
     }
-    if (refused == error::Success) {
-        RegCloseKey(parent);
+    for (size_t level = chain.size() - 1; level > 0; --level) {
+        RegCloseKey(chain[level]);
+        EXPECT_EQ(error::Success, RegDeleteKey(chain[level - 1], "k"));
     }
+    RegCloseKey(chain.front());
     if (machine.IsSimulated()) {
         EXPECT_EQ(error::InvalidParameter, refused);
         // HKCU is HKEY_USERS\<SID>, a level down, and the test's key two levels below it.
