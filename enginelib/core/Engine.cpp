@@ -155,7 +155,18 @@ void Engine::applyVariables() {
     mScript->ReplaceInAll(table, false);
 }
 
+// A run learns its component, brand, package folder, spooler state and deferred files as it
+// goes; none of that may leak into the next run of the same process. What survives on purpose
+// (the uninstall log, product.ini's image, the language table, the log settings, the reboot
+// flag) is kept.
+void Engine::startRun() {
+    RunState::Reset();
+    FileOp::ResetRunState();
+    UninstallLog::Global().SetCurrentTitle(CStdStr());
+}
+
 bool Engine::Initialize(bool uninstall) {
+    startRun();
     DebugLogger& logger = DebugLogger::Instance();
     PathObject preliminary;
     preliminary.SetDirectory(SystemPath(SystemPath::TempFolder).GetDirectory());

@@ -1,8 +1,10 @@
 #include "uninstall/UninstallLog.h"
 
+#include "core/ProductIni.h"
 #include "core/RunState.h"
 #include "os/Files.h"
 #include "os/Locale.h"
+#include "os/Sync.h"
 #include "script/SystemPath.h"
 #include "script/Tokenizer.h"
 #include "system/DebugLogger.h"
@@ -31,6 +33,10 @@ const char* const kRequiredBy = "RequiredBy";
 const char* const kOemSharedBy = "OEMSharedBy,";
 
 constexpr os::Error kCallNotImplemented = 120;
+// Processes that commit a log of this machine take turns by this mutex. A name without a
+// backslash: Windows before 2000 has no namespaces of kernel objects.
+const char* const kCommitMutex = "QorFiles.ulf-commit";
+constexpr std::uint32_t kCommitWaitMs = 60000;
 
 // Every successful write or deletion of a log, so that the installed view reads it again.
 std::atomic<unsigned> gCommits{0};
@@ -293,6 +299,34 @@ bool UninstallLog::RemoveItem(unsigned type, const CStdStr& component, const CSt
     return true;
 }
 
+namespace {
+
+// Whether a record's value is the one its type stores: "1" for a file and "2" for a folder share
+// the _Files section, and so on.
+bool IsOfType(unsigned type, const CStdStr& value) {
+    return kStoredValue[type] == 0 || std::atoi(value.c_str()) == kStoredValue[type];
+}
+
+// Start menu records of an older tool hold the product's naming defines in their text; they read
+// as the names they stand for.
+CStdStr FixedStartName(unsigned type, const CStdStr& name) {
+    if (type != itemtype::Shortcut && type != itemtype::StartFolder) {
+        return name;
+    }
+    CStdStr fixed = name;
+    const std::pair<const char*, CStdStr> defines[] = {
+            {"$DynamicNaming$", ProductIni::DynamicNaming()},
+            {"$PRINTER_FAMILY$", ProductIni::PrinterFamily()}};
+    for (const auto& [define, value] : defines) {
+        if (!value.empty()) {
+            fixed.Replace(define, value.c_str());
+        }
+    }
+    return fixed;
+}
+
+} // namespace
+
 bool UninstallLog::GetItems(unsigned type, const CStdStr& component, CStdStringList& items) {
     items.clear();
     CStdStr sectionName = GetSectionName(type, component);
@@ -303,8 +337,8 @@ bool UninstallLog::GetItems(unsigned type, const CStdStr& component, CStdStringL
     for (const CStdStr& name : section->Names()) {
         CStdStr value;
         section->GetValue(name, value);
-        if (kStoredValue[type] == 0 || std::atoi(value.c_str()) == kStoredValue[type]) {
-            items.Add(name);
+        if (IsOfType(type, value)) {
+            items.Add(FixedStartName(type, name));
         }
     }
     return true;
@@ -313,7 +347,8 @@ bool UninstallLog::GetItems(unsigned type, const CStdStr& component, CStdStringL
 bool UninstallLog::HasItem(unsigned type, const CStdStr& component, const CStdStr& name) {
     CStdStr sectionName = GetSectionName(type, component);
     IniSection* section = sectionName.empty() ? nullptr : FindSection(sectionName);
-    return section != nullptr && section->HasValue(name);
+    CStdStr value;
+    return section != nullptr && section->GetValue(name, value) && IsOfType(type, value);
 }
 
 CStdStr UninstallLog::GetSpecial(const CStdStr& component, const CStdStr& key) {
@@ -479,7 +514,8 @@ IniSection* UninstallLog::findParentOf(const CStdStr& key, const CStdStr& start)
     return nullptr;
 }
 
-bool UninstallLog::belongsTo(const CStdStr& sectionName, const CStdStr& name, bool shared) const {
+bool UninstallLog::belongsTo(const CStdStr& sectionName, const CStdStr& name, bool shared,
+                             const CStdStringList* keptBrands) const {
     int comma = sectionName.Find(',');
     CStdStr base = comma < 0 ? sectionName : sectionName.Left(comma);
     bool named = base.EqualsNoCase(name);
@@ -492,22 +528,29 @@ bool UninstallLog::belongsTo(const CStdStr& sectionName, const CStdStr& name, bo
     if (comma < 0) {
         return shared;
     }
-    // The scope after the name, and the last one (an OEM brand may follow the product).
-    CStdStr scopes = sectionName.Mid(comma + 1);
-    int next = scopes.Find(',');
-    CStdStr first = next < 0 ? scopes : scopes.Left(next);
-    CStdStr last = sectionName.Mid(sectionName.ReverseFind(',') + 1);
     auto ours = [this](const CStdStr& scope) {
         return scope.EqualsNoCase(mProduct) || scope.EqualsNoCase(mManufacturer);
     };
-    return ours(first) || ours(last);
+    CStdStr scopes = sectionName.Mid(comma + 1);
+    int next = scopes.Find(',');
+    CStdStr last = sectionName.Mid(sectionName.ReverseFind(',') + 1);
+    if (next < 0 || keptBrands == nullptr) {
+        return ours(next < 0 ? scopes : scopes.Left(next));
+    }
+    if (ours(last)) {
+        return true;
+    }
+    // A section of an OEM brand (product, then brand) stays while that brand holds the
+    // component; the brand's own uninstall takes it.
+    return ours(scopes.Left(next)) && !keptBrands->ContainsNoCase(last);
 }
 
-void UninstallLog::removeSectionsOf(const CStdStr& name, bool shared) {
+void UninstallLog::removeSectionsOf(const CStdStr& name, bool shared,
+                                    const CStdStringList& keptBrands) {
     CStdStringList doomed;
     for (int index = 0; index < SectionCount(); ++index) {
         CStdStr sectionName = IniFile::GetSectionName(index);
-        if (belongsTo(sectionName, name, shared)) {
+        if (belongsTo(sectionName, name, shared, &keptBrands)) {
             doomed.Add(sectionName);
         }
     }
@@ -516,16 +559,31 @@ void UninstallLog::removeSectionsOf(const CStdStr& name, bool shared) {
     }
 }
 
-void UninstallLog::renameSectionsOf(const CStdStr& name, const CStdStr& newName, bool shared) {
-    CStdStringList moving;
+void UninstallLog::renameSectionsOf(const CStdStr& name, const CStdStr& oldScope, bool shared,
+                                    const CStdStr& newName, const CStdStr& newScope) {
+    std::vector<std::pair<CStdStr, CStdStr>> moving;
     for (int index = 0; index < SectionCount(); ++index) {
         CStdStr sectionName = IniFile::GetSectionName(index);
-        if (belongsTo(sectionName, name, shared)) {
-            moving.Add(sectionName);
+        if (!belongsTo(sectionName, name, shared, nullptr)) {
+            continue;
+        }
+        int comma = sectionName.Find(',');
+        CStdStr base = comma < 0 ? sectionName : sectionName.Left(comma);
+        CStdStr target = newName + base.Mid(name.GetLength());
+        if (comma >= 0) {
+            // The first scope is the component's; an OEM brand after it stays.
+            CStdStr scopes = sectionName.Mid(comma + 1);
+            int next = scopes.Find(',');
+            if (!(next < 0 ? scopes : scopes.Left(next)).EqualsNoCase(oldScope)) {
+                continue;
+            }
+            target += "," + newScope + (next < 0 ? CStdStr() : scopes.Mid(next));
+        }
+        if (!target.EqualsNoCase(sectionName)) {
+            moving.emplace_back(sectionName, target);
         }
     }
-    for (const CStdStr& sectionName : moving) {
-        CStdStr target = newName + sectionName.Mid(name.GetLength());
+    for (const auto& [sectionName, target] : moving) {
         IniSection* existing = FindSection(target);
         if (existing == nullptr) {
             RenameSection(sectionName, target);
@@ -553,8 +611,10 @@ bool UninstallLog::RemoveComponent(const CStdStr& name, bool justRemoveShare) {
         scope.SetResult(false);
         return false;
     }
+    CStdStringList brands;
+    GetList(name, kOemSharedBy + mProduct, brands);
     parent->RemoveValue(key);
-    removeSectionsOf(reference.name, shared);
+    removeSectionsOf(reference.name, shared, brands);
     scope.SetResult(true);
     return true;
 }
@@ -569,23 +629,30 @@ bool UninstallLog::ChangeComponent(const CStdStr& name, const CStdStr& newParent
         return false;
     }
     Reference reference = splitReference(name);
-    bool shared = bShared || IsShared(name, true);
+    bool wasShared = IsShared(name, true);
+    bool shared = bShared || wasShared;
     CStdStr key = componentKey(name);
     IniSection* oldParent = findParentOf(key, kRoot);
     if (oldParent == nullptr) {
         scope.SetResult(false);
         return false;
     }
-    oldParent->RemoveValue(key);
+    // Every record of the component under its old parent goes, wherever the tree holds one.
+    for (; oldParent != nullptr; oldParent = findParentOf(key, kRoot)) {
+        oldParent->RemoveValue(key);
+    }
     CStdStringList dependents;
     GetDependents(name, dependents, true);
     CStdStr target = newName.empty() ? reference.name : newName;
     if (!dependents.empty()) {
         scope.Log(kMask, "UninstallLog::ChangeComponent: need to remove %s", key.c_str());
     }
-    // The records move with the component, its children included, so that nothing is lost.
-    if (!target.EqualsNoCase(reference.name)) {
-        renameSectionsOf(reference.name, target, shared);
+    // The records move with the component, its children included, so that none stays behind
+    // under the old name or scope and nothing is lost.
+    CStdStr oldScope = reference.scoped ? reference.scope : wasShared ? mManufacturer : mProduct;
+    CStdStr newScope = shared ? mManufacturer : mProduct;
+    if (!target.EqualsNoCase(reference.name) || !oldScope.EqualsNoCase(newScope)) {
+        renameSectionsOf(reference.name, oldScope, wasShared, target, newScope);
     }
     bool added = AddComponent(target, resolveComponent(newParent), shared);
     scope.SetResult(added);
@@ -738,6 +805,8 @@ bool UninstallLog::ReadAllRelevant(bool convertOldest, bool commitAfter) {
         mUnreadablePath = path;
         ok = false;
     }
+    mBase = LogSnapshot::Of(*this);
+    mBasePath = path;
     // Not yet: the per-user QorFiles.usr (in the all-users folder under the manufacturer) is to
     // be converted here, and with convertOldest the Qorfiles.log beside this log (and, with
     // commitAfter, the registry records); after a commit the converted QorFiles.usr is deleted.
@@ -817,8 +886,47 @@ bool UninstallLog::Commit(const CStdStr& path) {
                !FileStamp(path).empty()) {
         scope.Log(0, "%s could not be read when the run started; it is not replaced", path.c_str());
     } else {
-        ok = writeText(path, FormatText());
+        ok = commitShared(path);
     }
     scope.SetResult(ok);
+    return ok;
+}
+
+bool UninstallLog::commitShared(const CStdStr& path) {
+    os::MutexHandle mutex;
+    bool held = false;
+    if (os::CreateMutex(kCommitMutex, mutex) == os::error::Success) {
+        std::uint32_t waited = os::WaitForSingleObject(mutex, kCommitWaitMs);
+        held = waited == os::wait::Object0 || waited == os::wait::Abandoned;
+        if (!held) {
+            ENGINE_LOG(0, "another process holds the uninstall log (wait result 0x%x); writing "
+                          "%s without it",
+                       static_cast<unsigned>(waited), path.c_str());
+        }
+    }
+    // Only the file this log was read from (or last written to) has a base to merge against.
+    if (path.EqualsNoCase(mBasePath) && !FileStamp(path).empty()) {
+        IniFile theirs(false);
+        if (theirs.Read(path)) {
+            if (!(LogSnapshot::Of(theirs) == mBase)) {
+                LogSnapshot::Of(*this).CarryChanges(mBase, theirs);
+                LogSnapshot::Of(theirs).ReplaceContent(*this);
+                ENGINE_LOG(kMask, "%s was changed by another process; this run's records are "
+                                  "merged into it",
+                           path.c_str());
+            }
+        }
+    }
+    bool ok = writeText(path, FormatText());
+    if (ok) {
+        mBase = LogSnapshot::Of(*this);
+        mBasePath = path;
+    }
+    if (held) {
+        os::ReleaseMutex(mutex);
+    }
+    if (mutex.value != 0) {
+        os::CloseHandle(mutex);
+    }
     return ok;
 }

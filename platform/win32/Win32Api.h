@@ -20,6 +20,7 @@
 #include <winver.h>
 
 #undef CopyFile
+#undef CreateMutex
 #undef CreateDirectory
 #undef DeleteFile
 #undef ExpandEnvironmentStrings
@@ -75,3 +76,9 @@
 #undef SetupIterateCabinet
 #undef EnumProcesses
 #undef GetModuleBaseName
+#undef OpenSCManager
+#undef OpenService
+#undef CreateService
+#undef ChangeServiceConfig2
+#undef StartService
+#undef EnumDependentServices

@@ -25,7 +25,8 @@ protected:
         os::CreateDirectory(package + "\\Config");
         ASSERT_TRUE(TestMachine::WriteFile(package + "\\Config\\product.ini",
                                            "[GENERAL]\nLogName=t.log\nWatch=NOTEPAD.EXE\n"));
-        ASSERT_TRUE(TestMachine::WriteFile(package + "\\Config\\install.map", "[Components]\nTools=Tools.cif\n"));
+        ASSERT_TRUE(TestMachine::WriteFile(package + "\\Config\\install.map",
+                                           "[Components]\nTools=Tools.cif\n"));
         SetWorkingDirA(package.c_str());
     }
 
@@ -64,6 +65,18 @@ TEST_F(ExportsTest, DoInstallRefusesAScriptWithoutItsSection) {
     std::string good = script("[Version]\nScriptVersion=14.0.12.0\n[Install]\nTools=1\n");
     EXPECT_TRUE(DoInstallW(Wide(good).c_str(), u"", Wide(machine.Path("run.log")).c_str()));
     EXPECT_FALSE(DoUninstallA(good.c_str(), "", nullptr));
+}
+
+TEST_F(ExportsTest, DoUninstallNamesItsOutputFileInTheLog) {
+    ASSERT_TRUE(TestMachine::WriteFile(package + "\\Config\\product.ini",
+                                       "[GENERAL]\nLogName=t.log\nLogLevel=0x200000\n"));
+    ASSERT_TRUE(TestMachine::WriteFile(package + "\\Config\\Uninstall.cif",
+                                       "[Uninstall]\nVersion=1.0\n"));
+    std::string path = script("[Version]\nScriptVersion=14.0.12.0\n[Uninstall]\nTools=1\n");
+    std::string logPath = machine.Path("uninstall.log");
+    EXPECT_TRUE(DoUninstallA(path.c_str(), "", logPath.c_str()));
+    std::string log = TestMachine::ReadFile(logPath);
+    EXPECT_NE(std::string::npos, log.find("outFile    : " + logPath)) << log;
 }
 
 TEST_F(ExportsTest, StringResultsAreWrittenOnlyWhenTheyFit) {
