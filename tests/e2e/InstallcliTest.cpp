@@ -127,4 +127,16 @@ TEST_F(InstallcliTest, RegistryKeysAreShownAsRegQueryShowsThem) {
     EXPECT_EQ(1, run("machine reg " + dir + " 'HKLM\\Nothing\\Here'").code);
 }
 
+TEST_F(InstallcliTest, ServicesAreListedWithTheirStateAndDependencies) {
+    Result shown = run("machine services " + machine("win7-x64"));
+    EXPECT_EQ(0, shown.code) << shown.output;
+    EXPECT_NE(std::string::npos, shown.output.find("Spooler\n  display name  Print Spooler\n"
+                                                   "  state         running\n"))
+            << shown.output;
+    EXPECT_NE(std::string::npos, shown.output.find("  depends on    RPCSS, http\n"));
+    Result old = run("machine services " + machine("win98"));
+    EXPECT_EQ(0, old.code);
+    EXPECT_NE(std::string::npos, old.output.find("has no service control manager"));
+}
+
 } // namespace
