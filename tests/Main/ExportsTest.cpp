@@ -99,6 +99,32 @@ TEST_F(ExportsTest, StringResultsAreWrittenOnlyWhenTheyFit) {
     EXPECT_EQ(0, wide[0]);
 }
 
+TEST_F(ExportsTest, ModelsComeFromTheInfFilesBesideTheScript) {
+    ASSERT_TRUE(TestMachine::WriteFile(
+            machine.Path("laser.inf"),
+            "[Version]\r\nQM_DRV_OS=MERGED\r\nQM_DRV_MERGED_OS=2000,X64,V32,V64\r\n"
+            "[Manufacturer]\r\nValmora=Models,NTamd64\r\n"
+            "[Models.NTamd64]\r\n\"Laser 5 (PS)\"=PS,USBPRINT\\Laser5\r\n"
+            "\"Laser 5 (PCL)\"=PCL,USBPRINT\\Laser5\r\n\"Inkjet 2\"=PCL\r\n"
+            "[PS]\r\nQM_DRV_INFO=PS_DATA\r\n[PCL]\r\nQM_DRV_INFO=PCL_DATA\r\n"
+            "[PS_DATA]\r\nQM_DRV_TYPE=PS\r\nQM_DRV_NETSUPPORT=3\r\n"
+            "[PCL_DATA]\r\nQM_DRV_TYPE=PCL\r\n"));
+    char models[64];
+    ASSERT_EQ(0, GetAvailableModelsA(script("[Install]\nA=1\n").c_str(), models, sizeof models));
+    EXPECT_STREQ("Inkjet 2\nLaser 5\n", models);
+    std::uint32_t level = 0;
+    char streams[16];
+    char folder[16] = "x";
+    ASSERT_EQ(0, GetModelInfoA("Laser 5", 7, &level, streams, sizeof streams, folder,
+                               sizeof folder));
+    EXPECT_STREQ("PS\nPCL\n", streams);
+    EXPECT_STREQ("", folder); // the INF lies in the searched folder itself
+    EXPECT_EQ(3u, level);
+    // The search took the rows of the running system only: Windows 2000 has none.
+    EXPECT_EQ(ENG_NOT_INSTALLABLE,
+              GetModelInfoA("Laser 5", 3, &level, streams, sizeof streams, folder, sizeof folder));
+}
+
 TEST_F(ExportsTest, ProgressStartsEmpty) {
     std::uint32_t total = 99;
     GetTotalUnits(&total);
