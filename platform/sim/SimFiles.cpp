@@ -131,16 +131,17 @@ std::vector<std::string> ListHost(const std::string& hostDir) {
 FindData Describe(MachineCall& machine, const std::string& hostPath, const std::string& name,
                   const std::string& shortName) {
     FindData data;
-    struct stat info;
-    bool isDirectory = ::stat(hostPath.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
-    data.attributes = HostFile::Attributes(hostPath, isDirectory);
-    FileTimes times;
-    if (HostFile::Times(hostPath, times)) {
-        data.creationTime = times.creation;
-        data.lastAccessTime = times.lastAccess;
-        data.lastWriteTime = times.lastWrite;
+    HostFile::Facts facts;
+    if (HostFile::Examine(hostPath, facts)) {
+        data.attributes = facts.attributes;
+        data.creationTime = facts.times.creation;
+        data.lastAccessTime = facts.times.lastAccess;
+        data.lastWriteTime = facts.times.lastWrite;
+        data.size = facts.size;
+    } else {
+        // A name that went away while the folder was listed, or a link to nothing.
+        data.attributes = HostFile::Attributes(hostPath, false);
     }
-    data.size = isDirectory ? 0 : HostFile::Size(hostPath);
     data.fileName = machine->ToAnsi(name);
     data.alternateFileName = shortName == sim::FoldName(name) ? "" : machine->ToAnsi(shortName);
     return data;
