@@ -6,6 +6,7 @@
 #include "system/FileOp.h"
 #include "system/LogScope.h"
 #include "system/PathObject.h"
+#include "system/ProtectedFolder.h"
 #include "system/Uncompress.h"
 
 namespace {
@@ -127,13 +128,11 @@ bool EnhanceFile::deleteDirectory(const CStdStr& path) {
         scope.Log(kMask, "Attempt to delete invalid directory failed. Aborting! %s", path.c_str());
         return finish(false);
     }
-    std::string full;
-    CStdStr folder = os::GetFullPathName(path, full) == os::error::Success ? CStdStr(full) : path;
-    while (!folder.empty() && folder.back() == '\\') {
-        folder.pop_back();
-    }
-    if (folder.empty() || (folder.size() == 2 && folder[1] == ':')) {
+    // Judged by what Windows makes of the text: "C:" alone lists as "C:\*", the whole drive.
+    CStdStr why = ProtectedFolder::WhyProtected(path);
+    if (!why.empty()) {
         scope.Log(kMask, "Attempt to delete root directory failed. Aborting! %s", path.c_str());
+        scope.Log(kMask, "'%s' is %s.", path.c_str(), why.c_str());
         return finish(false);
     }
     if (!mWipeOutFolder) {

@@ -15,8 +15,8 @@ public:
     // the source's name). NotCopied when the target is newer and stays: the file still belongs
     // to the caller. GetLastTarget then names the target.
     int singleCopy(const CStdStr& source, const CStdStr& target, bool allowComma);
-    // Deletes a folder with its contents, or only when empty if wiping is off. Refuses a
-    // drive's root and a path with a doubled backslash.
+    // Deletes a folder with its contents, or only when empty if wiping is off. Refuses a path
+    // with a doubled backslash and every folder that ProtectedFolder protects.
     bool deleteDirectory(const CStdStr& path);
 
     void SetWipeOutFolder(bool wipeOut) { mWipeOutFolder = wipeOut; }

@@ -14,6 +14,26 @@ std::string Folded(const CStdStr& name) {
     return folded.MakeLower();
 }
 
+// The line without a comment that starts at a ';' outside double quotes.
+void CutInfComment(CStdStr& line) {
+    bool quoted = false;
+    for (size_t i = 0; i < line.size(); ++i) {
+        if (line[i] == '"') {
+            quoted = !quoted;
+        } else if (line[i] == ';' && !quoted) {
+            line.erase(i);
+            line.Trim();
+            return;
+        }
+    }
+}
+
+void Unquote(CStdStr& text) {
+    if (text.size() >= 2 && text.front() == '"' && text.back() == '"') {
+        text = text.Mid(1, text.GetLength() - 2);
+    }
+}
+
 CStdStr KeylessName(unsigned number) {
     return CStdStr::Formatted("KEY#%03u", number);
 }
@@ -235,6 +255,9 @@ bool IniFile::Read(const CStdStr& fileName, bool merge) {
         if (line.empty() || line[0] == '#' || line[0] == ';') {
             continue;
         }
+        if (mInfSyntax) {
+            CutInfComment(line);
+        }
         if (line.front() == '[' && line.back() == ']' && line.size() >= 2) {
             CStdStr name = line.Mid(1, line.GetLength() - 2);
             name.Trim();
@@ -253,7 +276,7 @@ bool IniFile::Read(const CStdStr& fileName, bool merge) {
                        fileName.c_str(), lineNumber);
             continue;
         }
-        int equals = line.Find('=');
+        int equals = findEquals(line);
         if (equals == 0) {
             ENGINE_LOG(0, "IniFile::Read %s [line %d]: Could not parse name=value line",
                        fileName.c_str(), lineNumber);
@@ -263,12 +286,28 @@ bool IniFile::Read(const CStdStr& fileName, bool merge) {
         CStdStr value = equals < 0 ? CStdStr() : line.Mid(equals + 1);
         name.Trim();
         value.Trim();
-        if (value.size() >= 2 && value.front() == '"' && value.back() == '"') {
-            value = value.Mid(1, value.GetLength() - 2);
+        Unquote(value);
+        if (mInfSyntax) {
+            Unquote(name);
         }
         addLine(current, name, value, merge);
     }
     return true;
+}
+
+int IniFile::findEquals(const CStdStr& line) const {
+    if (!mInfSyntax) {
+        return line.Find('=');
+    }
+    bool quoted = false;
+    for (size_t i = 0; i < line.size(); ++i) {
+        if (line[i] == '"') {
+            quoted = !quoted;
+        } else if (line[i] == '=' && !quoted) {
+            return static_cast<int>(i);
+        }
+    }
+    return -1;
 }
 
 CStdStr IniFile::FormatText() const {

@@ -52,8 +52,17 @@ public:
     void SetEncoding(int encoding) { mEncoding = encoding; }
     bool KeepsKeylessLines() const { return mKeepKeylessLines; }
 
+protected:
+    // The public INF syntax, which differs in two points from other files: a `;` outside double
+    // quotes starts a comment also after a value, and a name in double quotes (a model name
+    // with blanks) is the name without them. Neither file kind continues lines.
+    void UseInfSyntax() { mInfSyntax = true; }
+
 private:
     friend class IniSection;
+    // Splits a line that is no header: the name before the first '=' (outside quotes in INF
+    // syntax) and the value after it. -1: no '='.
+    int findEquals(const CStdStr& line) const;
     void sectionRenamed(IniSection* section, const CStdStr& oldName);
     void indexAdd(IniSection* section);
     void indexRemove(IniSection* section, const CStdStr& name);
@@ -67,5 +76,6 @@ private:
     std::unordered_map<std::string, std::vector<IniSection*>> mIndex;
     int mEncoding = 1;
     bool mKeepKeylessLines;
+    bool mInfSyntax = false;
     std::uint32_t mKeylessCounter = 0;
 };

@@ -177,8 +177,11 @@ public:
                 "[Drives] maps more drive letters to host folders (C: is drive_c, Z: is /);\n"
                 "[Environment] is the environment block of a process on this machine;\n"
                 "[Network] maps computer names to the folders of other simulated machines;\n"
-                "[Shares] maps share names of this machine to its folders.");
+                "[Shares] maps share names of this machine to its folders;\n"
+                "[Clock] Mode=simulated keeps the machine's own time, which waits move at once;\n"
+                "Mode=real runs on the host's clock.");
         mIdentity.Write(ini);
+        ini.Set("Clock", "Mode", "simulated");
         ini.GetOrAddSection("Drives");
         for (const auto& [name, value] : environment()) {
             ini.Set("Environment", name, value);

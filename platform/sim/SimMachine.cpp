@@ -3,6 +3,7 @@
 #include "sim/AtomicFile.h"
 #include "sim/IniText.h"
 #include "sim/MachinePreset.h"
+#include "sim/SimClock.h"
 #include "sim/Text.h"
 
 #include <cstdlib>
@@ -160,6 +161,7 @@ bool SimMachine::load(const std::string& hostDir, std::string& why) {
         return false;
     }
     mIdentity.Read(ini);
+    SimClock::Get().Configure(ini);
     if (!fs::is_directory(mDirectory + "/drive_c", error)) {
         why = "drive_c is missing";
         return false;

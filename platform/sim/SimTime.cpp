@@ -1,37 +1,20 @@
-// The time group of the seam: the simulated machine runs on the host's clock.
+// The time group of the seam: the simulated machine runs on its own clock (see SimClock.h).
 #include "os/Time.h"
 
-#include <chrono>
-#include <ctime>
-#include <thread>
+#include "sim/SimClock.h"
 
 namespace os {
 
 std::uint32_t GetTickCount() {
-    auto since = std::chrono::steady_clock::now().time_since_epoch();
-    return static_cast<std::uint32_t>(
-            std::chrono::duration_cast<std::chrono::milliseconds>(since).count());
+    return sim::SimClock::Get().TickCount();
 }
 
 void GetLocalTime(SystemTime& time) {
-    auto now = std::chrono::system_clock::now();
-    std::time_t seconds = std::chrono::system_clock::to_time_t(now);
-    auto millis =
-            std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()) % 1000;
-    std::tm local{};
-    ::localtime_r(&seconds, &local);
-    time.year = static_cast<std::uint16_t>(local.tm_year + 1900);
-    time.month = static_cast<std::uint16_t>(local.tm_mon + 1);
-    time.dayOfWeek = static_cast<std::uint16_t>(local.tm_wday);
-    time.day = static_cast<std::uint16_t>(local.tm_mday);
-    time.hour = static_cast<std::uint16_t>(local.tm_hour);
-    time.minute = static_cast<std::uint16_t>(local.tm_min);
-    time.second = static_cast<std::uint16_t>(local.tm_sec);
-    time.milliseconds = static_cast<std::uint16_t>(millis.count());
+    sim::SimClock::Get().LocalTime(time);
 }
 
 void Sleep(std::uint32_t milliseconds) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+    sim::SimClock::Get().Sleep(milliseconds);
 }
 
 } // namespace os

@@ -10,11 +10,14 @@
 
 class LogCapture {
 public:
-    explicit LogCapture(const std::string& path) : mPath(path) {
+    explicit LogCapture(const std::string& path)
+            : mPath(path), mBits(DebugLogger::Instance().GetLogBits()) {
         DebugLog::Instance().SetFile(path);
+        DebugLogger::Instance().SetLogBits(0x7FFFFFFF);
         DebugLogger::Instance().SetCurrentMask(0x7FFFFFFF);
     }
     ~LogCapture() {
+        DebugLogger::Instance().SetLogBits(mBits);
         DebugLogger::Instance().SetCurrentMask(0);
         DebugLog::Instance().SetFile("");
     }
@@ -26,4 +29,5 @@ public:
 
 private:
     std::string mPath;
+    std::uint32_t mBits;
 };

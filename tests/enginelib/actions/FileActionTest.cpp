@@ -3,12 +3,15 @@
 #include "core/IpcTransfer.h"
 #include "core/RunState.h"
 #include "os/Files.h"
+#include "os/Process.h"
 #include "support/CompressedFiles.h"
 #include "support/LogCapture.h"
 #include "support/SimMachineState.h"
 #include "support/SuiteLog.h"
 #include "support/TestMachine.h"
+#include "system/FileFinder.h"
 #include "system/FileOp.h"
+#include "system/ProtectedFolder.h"
 #include "tools/VersionedImage.h"
 #include "uninstall/UninstallLog.h"
 
@@ -266,6 +269,87 @@ TEST_F(FileActionTest, DeleteDirRefusesRootsAndEmptyDefinesAndCanKeepFullFolders
 
     ASSERT_TRUE(make({"DELETEDIR", path("dst")}).Perform(""));
     EXPECT_FALSE(exists(path("dst")));
+}
+
+// A package downloaded to a folder of C: and run from there: the process's current folder is on
+// C:, so a bare "C:" names that folder to GetFullPathName, while a listing of "C:" lists the
+// whole drive. No spelling of a drive, share or system folder may reach the wipe.
+TEST_F(FileActionTest, DeleteDirLeavesDrivesAndSystemFoldersWhateverTheSpelling) {
+    for (const char* folder : {"Downloads", "Downloads\\package", "Downloads\\package\\old"}) {
+        ASSERT_EQ(os::error::Success, os::CreateDirectory(path(folder)));
+    }
+    write("Downloads\\package\\setup.isf", "[Install]\r\n");
+    ASSERT_EQ(os::error::Success, os::SetCurrentDirectory(path("Downloads\\package")));
+    std::string profile;
+    ASSERT_EQ(os::error::Success, os::GetEnvironmentVariable("USERPROFILE", profile));
+    auto rootEntries = [] {
+        std::vector<std::string> names;
+        for (FileFinder finder("C:\\*"); !finder.IsEnd(); finder.Next()) {
+            names.push_back(finder.GetCurrent());
+        }
+        return names;
+    };
+    std::vector<std::string> before = rootEntries();
+    ASSERT_GT(before.size(), 3u);
+
+    const std::vector<std::string> targets = {"C:",
+                                              "c:",
+                                              "c:\\",
+                                              "C:/",
+                                              "C:\\.",
+                                              "C:\\..\\",
+                                              "C:\\..\\..",
+                                              "C:.",
+                                              "C: ",
+                                              "C:\\ .",
+                                              "\\\\?\\C:\\",
+                                              "\\\\.\\C:",
+                                              "\\\\server\\share",
+                                              "\\\\?\\UNC\\server\\share\\",
+                                              "C:\\Windows",
+                                              "c:\\WINDOWS\\.",
+                                              "C:\\Windows. ",
+                                              "C:\\Windows\\System32\\",
+                                              "C:\\Windows\\SysWOW64",
+                                              "C:\\Program Files",
+                                              "C:\\Program Files (x86)..",
+                                              "C:\\Scratch\\..\\Users",
+                                              profile,
+                                              profile + "\\..\\Public",
+                                              "C:\\ProgramData",
+                                              "..\\..\\..",
+                                              "\\",
+                                              ".\\..\\..\\..\\Windows"};
+    for (const std::string& target : targets) {
+        EXPECT_FALSE(make({"DELETEDIR", target}).Perform("")) << target;
+        EXPECT_FALSE(make({"DELETEDIR", target, "TRUE"}).Perform("")) << target;
+    }
+    EXPECT_EQ(before, rootEntries());
+    EXPECT_TRUE(exists(path("Downloads\\package\\setup.isf")));
+    EXPECT_TRUE(FileOp::IsDirectory(profile));
+    EXPECT_TRUE(log.Contains("Attempt to delete root directory failed. Aborting! C:"));
+    EXPECT_TRUE(log.Contains("'C:' is a drive's root."));
+    EXPECT_TRUE(log.Contains("'C:\\Windows. ' is the Windows folder."));
+
+    // A folder of the package itself, named relative to the current folder, still goes.
+    write("Downloads\\package\\old\\x.txt", "x");
+    EXPECT_TRUE(make({"DELETEDIR", "old"}).Perform(""));
+    EXPECT_FALSE(exists(path("Downloads\\package\\old")));
+}
+
+TEST(ProtectedFolderTest, NormalizesAsWindowsResolves) {
+    TestMachine machine;
+    ASSERT_EQ(os::error::Success, os::SetCurrentDirectory(machine.Scratch()));
+    EXPECT_EQ("C:\\", ProtectedFolder::Normalize("c:"));
+    EXPECT_EQ("C:\\", ProtectedFolder::Normalize("\\\\?\\c:\\.\\x\\.."));
+    EXPECT_EQ("C:\\Windows", ProtectedFolder::Normalize("C:/Windows. /"));
+    EXPECT_EQ("C:\\Scratch\\a", ProtectedFolder::Normalize("a"));
+    EXPECT_EQ("C:\\Scratch\\a", ProtectedFolder::Normalize("C:a"));
+    EXPECT_EQ("C:\\a", ProtectedFolder::Normalize("\\a"));
+    EXPECT_EQ("\\\\srv\\share", ProtectedFolder::Normalize("\\\\?\\UNC\\srv\\share\\x\\..\\.."));
+    EXPECT_EQ("", ProtectedFolder::WhyProtected("C:\\Program Files\\Maker"));
+    EXPECT_EQ("the Windows folder", ProtectedFolder::WhyProtected("C:\\Windows\\..\\Windows. \\"));
+    EXPECT_EQ("a user's profile", ProtectedFolder::WhyProtected("C:\\Users\\Someone Else"));
 }
 
 TEST_F(FileActionTest, CreateDirMakesTheWholePath) {
