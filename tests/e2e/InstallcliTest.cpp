@@ -3,11 +3,13 @@
 #include "sim/MachinePreset.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -190,6 +192,16 @@ TEST_F(InstallcliTest, ALogThatWasNotWrittenIsNotNamed) {
     Result noLog = run("install --machine " + dir + " --log 'C:\\absent folder\\x.log' x.isf");
     EXPECT_EQ(std::string::npos, noLog.output.find("Debug log:")) << noLog.output;
     EXPECT_NE(std::string::npos, noLog.output.find("No debug log was written.")) << noLog.output;
+}
+
+TEST_F(InstallcliTest, APipeGivenAsTheScriptIsRefusedAtOnce) {
+    std::string dir = machine("xp");
+    fs::path pipe = root / "pipe.isf";
+    ASSERT_EQ(0, ::mkfifo(pipe.c_str(), 0644));
+    auto start = std::chrono::steady_clock::now();
+    Result refused = run("install --machine " + dir + " " + pipe.string());
+    EXPECT_EQ(1, refused.code) << refused.output;
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
 }
 
 } // namespace
