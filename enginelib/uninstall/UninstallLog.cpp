@@ -3,6 +3,7 @@
 #include "core/RunState.h"
 #include "os/Files.h"
 #include "os/Locale.h"
+#include "os/Sync.h"
 #include "script/SystemPath.h"
 #include "script/Tokenizer.h"
 #include "system/DebugLogger.h"
@@ -31,6 +32,10 @@ const char* const kRequiredBy = "RequiredBy";
 const char* const kOemSharedBy = "OEMSharedBy,";
 
 constexpr os::Error kCallNotImplemented = 120;
+// Processes that commit a log of this machine take turns by this mutex. A name without a
+// backslash: Windows before 2000 has no namespaces of kernel objects.
+const char* const kCommitMutex = "QorFiles.ulf-commit";
+constexpr std::uint32_t kCommitWaitMs = 60000;
 
 // Every successful write or deletion of a log, so that the installed view reads it again.
 std::atomic<unsigned> gCommits{0};
@@ -738,6 +743,8 @@ bool UninstallLog::ReadAllRelevant(bool convertOldest, bool commitAfter) {
         mUnreadablePath = path;
         ok = false;
     }
+    mBase = LogSnapshot::Of(*this);
+    mBasePath = path;
     // Not yet: the per-user QorFiles.usr (in the all-users folder under the manufacturer) is to
     // be converted here, and with convertOldest the Qorfiles.log beside this log (and, with
     // commitAfter, the registry records); after a commit the converted QorFiles.usr is deleted.
@@ -817,8 +824,47 @@ bool UninstallLog::Commit(const CStdStr& path) {
                !FileStamp(path).empty()) {
         scope.Log(0, "%s could not be read when the run started; it is not replaced", path.c_str());
     } else {
-        ok = writeText(path, FormatText());
+        ok = commitShared(path);
     }
     scope.SetResult(ok);
+    return ok;
+}
+
+bool UninstallLog::commitShared(const CStdStr& path) {
+    os::MutexHandle mutex;
+    bool held = false;
+    if (os::CreateMutex(kCommitMutex, mutex) == os::error::Success) {
+        std::uint32_t waited = os::WaitForSingleObject(mutex, kCommitWaitMs);
+        held = waited == os::wait::Object0 || waited == os::wait::Abandoned;
+        if (!held) {
+            ENGINE_LOG(0, "another process holds the uninstall log (wait result 0x%x); writing "
+                          "%s without it",
+                       static_cast<unsigned>(waited), path.c_str());
+        }
+    }
+    // Only the file this log was read from (or last written to) has a base to merge against.
+    if (path.EqualsNoCase(mBasePath) && !FileStamp(path).empty()) {
+        IniFile theirs(false);
+        if (theirs.Read(path)) {
+            if (!(LogSnapshot::Of(theirs) == mBase)) {
+                LogSnapshot::Of(*this).CarryChanges(mBase, theirs);
+                LogSnapshot::Of(theirs).ReplaceContent(*this);
+                ENGINE_LOG(kMask, "%s was changed by another process; this run's records are "
+                                  "merged into it",
+                           path.c_str());
+            }
+        }
+    }
+    bool ok = writeText(path, FormatText());
+    if (ok) {
+        mBase = LogSnapshot::Of(*this);
+        mBasePath = path;
+    }
+    if (held) {
+        os::ReleaseMutex(mutex);
+    }
+    if (mutex.value != 0) {
+        os::CloseHandle(mutex);
+    }
     return ok;
 }

@@ -10,6 +10,7 @@
 
 #include "core/CStdStringList.h"
 #include "script/IniFile.h"
+#include "uninstall/LogSnapshot.h"
 #include "uninstall/ItemType.h"
 
 #include <cstdint>
@@ -60,8 +61,11 @@ public:
     // Makes the model the machine's log (an unreadable log is taken as empty, and is then never
     // replaced by this object). Logs of older releases are not converted yet.
     bool ReadAllRelevant(bool convertOldest = false, bool commitAfter = false);
-    // Writes the log to GetLogPath(), or to `path`: through a temporary file beside it that then
-    // replaces the old file, so that a failure at any point leaves the previous log whole.
+    // Writes the log to GetLogPath(), or to `path`, holding the mutex of the log's commits: when
+    // another process wrote the file since this one read it, the records this run changed are
+    // carried onto that file, so that the records of both runs survive. The text goes through a
+    // temporary file beside it that then replaces the old file, so that a failure at any point
+    // leaves the previous log whole.
     bool Commit();
     bool Commit(const CStdStr& path);
 
@@ -142,6 +146,8 @@ private:
     void fixupNewItems();
     bool canRecord(const CStdStr& name, const CStdStr& value) const;
     bool writeText(const CStdStr& path, const CStdStr& text);
+    // Under the commit mutex: merges with the file as another process may have left it, writes.
+    bool commitShared(const CStdStr& path);
     // For Installed(): reads the machine's log again when it changed.
     void refreshFromMachine();
 
@@ -153,4 +159,7 @@ private:
     // A log file that existed but could not be read: it is not replaced by what this run knows.
     CStdStr mUnreadablePath;
     CStdStr mStamp;
+    // The records as the file at mBasePath held them when this object last read or wrote it.
+    LogSnapshot mBase;
+    CStdStr mBasePath;
 };

@@ -2,6 +2,7 @@
 
 #include "sim/AtomicFile.h"
 #include "sim/HostFile.h"
+#include "sim/MachineLock.h"
 #include "sim/MachinePreset.h"
 #include "sim/SimMachine.h"
 #include "sim/Text.h"
@@ -336,6 +337,8 @@ bool ClearFileLocks(SimMachine& machine, std::vector<std::string>& report, std::
 } // namespace
 
 bool MachineRestart::Run(SimMachine& machine, std::vector<std::string>& report, std::string& why) {
+    // No other process changes the machine while it restarts.
+    MachineLock lock(machine.Directory());
     RunPendingOperations(machine, report);
     RunWinInit(machine, report);
     RunOnceEntries(machine, report);
@@ -346,9 +349,8 @@ bool MachineRestart::Run(SimMachine& machine, std::vector<std::string>& report, 
     machine.ProcessesChanged();
     report.push_back("programs of a fresh start: " +
                      std::to_string(machine.Processes().Processes().size()));
-    machine.Commit();
-    if (machine.Registry().Dirty()) {
-        why = "the registry of " + machine.Directory() + " could not be written";
+    if (!machine.Commit()) {
+        why = "the state of " + machine.Directory() + " could not be written";
         return false;
     }
     return true;

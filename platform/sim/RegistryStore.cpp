@@ -119,18 +119,30 @@ std::string FormatValue(const RegValue& value) {
     return out + line + "\n";
 }
 
-void FormatKey(const RegKey& key, const std::string& path, std::string& out) {
-    out += "[" + path + "]\n";
-    if (!key.Security().empty()) {
-        out += kSecurityTag + key.Security() + "\n";
+// Writes a key and its subtree, depth first, with a stack of its own: the depth of a tree read
+// from a file is limited, but not by the size of the thread's stack.
+void FormatTree(const RegKey& top, const std::string& topPath, std::string& out) {
+    std::vector<std::pair<const RegKey*, std::string>> pending{{&top, topPath}};
+    while (!pending.empty()) {
+        auto [key, path] = std::move(pending.back());
+        pending.pop_back();
+        out += "[" + path + "]\n";
+        if (!key->Security().empty()) {
+            out += kSecurityTag + key->Security() + "\n";
+        }
+        for (const RegValue& value : key->Values()) {
+            out += FormatValue(value);
+        }
+        out += "\n";
+        std::vector<const RegKey*> children = key->Children();
+        for (auto child = children.rbegin(); child != children.rend(); ++child) {
+            pending.emplace_back(*child, path + "\\" + (*child)->Name());
+        }
     }
-    for (const RegValue& value : key.Values()) {
-        out += FormatValue(value);
-    }
-    out += "\n";
-    for (const RegKey* child : key.Children()) {
-        FormatKey(*child, path + "\\" + child->Name(), out);
-    }
+}
+
+bool ValidKeyName(const std::string& name) {
+    return Utf8ToUtf16(name).size() <= RegistryStore::kMaxKeyNameLength;
 }
 
 // Reads a quoted string starting at `pos` (on the opening quote); leaves `pos` after the closing.
@@ -411,6 +423,14 @@ RegKey* RegistryStore::Create(const std::string& path) {
     if (names.empty()) {
         return nullptr;
     }
+    if (names.size() - 1 > kMaxDepth) {
+        return nullptr;
+    }
+    for (size_t i = 1; i < names.size(); ++i) {
+        if (!ValidKeyName(names[i])) {
+            return nullptr;
+        }
+    }
     RegKey* key = Hive(names[0]);
     for (size_t i = 1; key != nullptr && i < names.size(); ++i) {
         key = &key->AddChild(names[i]);
@@ -504,8 +524,16 @@ bool RegistryStore::Parse(const std::string& fileBytes, const std::string& curre
             if (remove) {
                 Remove(path);
                 current = nullptr;
-            } else {
-                current = Create(path);
+                continue;
+            }
+            current = Create(path);
+            if (current == nullptr) {
+                error = SplitPath(path).size() - 1 > kMaxDepth
+                                ? "key nested deeper than " + std::to_string(kMaxDepth) +
+                                          " levels" + where
+                                : "key name longer than " + std::to_string(kMaxKeyNameLength) +
+                                          " characters" + where;
+                return false;
             }
             continue;
         }
@@ -553,14 +581,72 @@ std::string RegistryStore::Format() const {
     std::string out = std::string(kHeader5) + "\n\n";
     for (const RegKey* hive : {mMachine.get(), mUsers.get()}) {
         if (!hive->Values().empty() || !hive->Security().empty()) {
-            FormatKey(*hive, hive->Name(), out);
+            FormatTree(*hive, hive->Name(), out);
             continue;
         }
         for (const RegKey* child : hive->Children()) {
-            FormatKey(*child, hive->Name() + "\\" + child->Name(), out);
+            FormatTree(*child, hive->Name() + "\\" + child->Name(), out);
         }
     }
     return out;
+}
+
+void RegistryStore::ApplyChanges(const RegistryStore& base, const RegistryStore& mine) {
+    // One step of the walk: the same key in both trees (either may lack it) and its path.
+    struct Step {
+        const RegKey* base;
+        const RegKey* mine;
+        std::string path;
+    };
+    std::vector<Step> pending;
+    for (const char* hive : {"HKEY_LOCAL_MACHINE", "HKEY_USERS"}) {
+        pending.push_back({base.Hive(hive), mine.Hive(hive), hive});
+    }
+    while (!pending.empty()) {
+        Step step = std::move(pending.back());
+        pending.pop_back();
+        if (step.mine == nullptr) {
+            Remove(step.path);
+            continue;
+        }
+        RegKey* target = Find(step.path);
+        auto here = [&]() -> RegKey* {
+            if (target == nullptr) {
+                target = Create(step.path);
+            }
+            return target;
+        };
+        if (step.base == nullptr || step.base->Security() != step.mine->Security()) {
+            if (RegKey* key = here()) {
+                key->SetSecurity(step.mine->Security());
+            }
+        }
+        for (const RegValue& value : step.mine->Values()) {
+            const RegValue* before = step.base != nullptr ? step.base->Value(value.name) : nullptr;
+            if (before == nullptr || before->type != value.type || before->data != value.data) {
+                if (RegKey* key = here()) {
+                    key->SetValue(value);
+                }
+            }
+        }
+        if (step.base != nullptr) {
+            for (const RegValue& value : step.base->Values()) {
+                if (step.mine->Value(value.name) == nullptr && target != nullptr) {
+                    target->RemoveValue(value.name);
+                }
+            }
+            for (const RegKey* child : step.base->Children()) {
+                if (step.mine->Child(child->Name()) == nullptr) {
+                    pending.push_back({child, nullptr, step.path + "\\" + child->Name()});
+                }
+            }
+        }
+        for (const RegKey* child : step.mine->Children()) {
+            pending.push_back({step.base != nullptr ? step.base->Child(child->Name()) : nullptr,
+                               child, step.path + "\\" + child->Name()});
+        }
+    }
+    mDirty = true;
 }
 
 } // namespace sim

@@ -65,12 +65,19 @@ private:
 
 class RegistryStore {
 public:
+    // Windows' limits: a key's own name holds at most 255 characters, and the tree below a
+    // hive is at most 512 levels deep.
+    static constexpr size_t kMaxKeyNameLength = 255;
+    static constexpr size_t kMaxDepth = 512;
+
     RegistryStore();
 
     // The two hives that the machine keeps: "HKEY_LOCAL_MACHINE" and "HKEY_USERS".
     RegKey* Hive(const std::string& name) const;
     // A key by its full path ("HKEY_LOCAL_MACHINE\\SOFTWARE\\..."), or null.
     RegKey* Find(const std::string& path) const;
+    // Null when the path has no hive, names a key over 255 characters or lies deeper than 512
+    // levels: Windows gives ERROR_INVALID_PARAMETER for those.
     RegKey* Create(const std::string& path);
     bool Remove(const std::string& path);
 
@@ -80,6 +87,10 @@ public:
                std::string& error);
     // Writes the whole store in regedit's version 5.00 format, as UTF-8 text.
     std::string Format() const;
+    // Carries onto this store the changes that turned `base` into `mine`: keys made or deleted,
+    // values set or deleted, security changed. A key or value that `mine` did not change keeps
+    // this store's state.
+    void ApplyChanges(const RegistryStore& base, const RegistryStore& mine);
 
     bool Dirty() const { return mDirty; }
     void SetDirty(bool dirty) { mDirty = dirty; }

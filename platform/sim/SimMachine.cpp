@@ -2,6 +2,7 @@
 
 #include "sim/AtomicFile.h"
 #include "sim/IniText.h"
+#include "sim/MachineLock.h"
 #include "sim/MachinePreset.h"
 #include "sim/SimClock.h"
 #include "sim/Text.h"
@@ -82,13 +83,7 @@ std::string SimMachine::stateStamp() const {
     std::string stamp;
     for (const char* file :
          {"machine.ini", "registry.reg", "faults.ini", "processes.ini", "spooler.ini"}) {
-        struct stat info;
-        if (::stat((mDirectory + "/" + file).c_str(), &info) == 0) {
-            stamp += std::to_string(info.st_size) + ":" + std::to_string(info.st_mtim.tv_sec) +
-                     "." + std::to_string(info.st_mtim.tv_nsec) + ";";
-        } else {
-            stamp += "-;";
-        }
+        stamp += StateFile::Stamp(mDirectory + "/" + file) + ";";
     }
     return stamp;
 }
@@ -201,16 +196,13 @@ bool SimMachine::load(const std::string& hostDir, std::string& why) {
         }
     }
 
-    std::string registryText;
-    if (!ReadWholeFile(mDirectory + "/registry.reg", registryText)) {
-        why = "registry.reg is missing or unreadable";
-        return false;
+    MachineLock lock(mDirectory);
+    mRegistry.SetCurrentUserPath(CurrentUserKey());
+    for (StateFile* file : stateFiles()) {
+        if (!file->Load(mDirectory, why)) {
+            return false;
+        }
     }
-    if (!mRegistry.Parse(registryText, CurrentUserKey(), why)) {
-        why = "registry.reg: " + why;
-        return false;
-    }
-
     IniText faults;
     std::string ignored;
     if (fs::exists(mDirectory + "/faults.ini", error) &&
@@ -219,16 +211,6 @@ bool SimMachine::load(const std::string& hostDir, std::string& why) {
         for (const auto& [path, lock] : mFaults.LockedFiles()) {
             mLocks[path] = lock;
         }
-    }
-    IniText state;
-    if (fs::exists(mDirectory + "/processes.ini", error) &&
-        state.Load(mDirectory + "/processes.ini", ignored)) {
-        mProcesses.Read(state);
-    }
-    IniText spooler;
-    if (fs::exists(mDirectory + "/spooler.ini", error) &&
-        spooler.Load(mDirectory + "/spooler.ini", ignored)) {
-        mSpooler.Read(spooler);
     }
     mCurrentDirectory = StartingDirectory(HostToMachine(HostWorkingDirectory()));
     mStamp = stateStamp();
@@ -390,41 +372,26 @@ void SimMachine::MoveLock(const WindowsPath& from, const WindowsPath& to) {
     }
 }
 
-void SimMachine::Commit() {
-    if (mRegistry.Dirty()) {
-        std::string why;
-        if (WriteFileAtomically(mDirectory + "/registry.reg", mRegistry.Format(), why)) {
-            mRegistry.SetDirty(false);
-        } else {
-            std::cerr << "engine: cannot save the registry of " << mDirectory << ": " << why
-                      << "\n";
+bool SimMachine::Commit() {
+    bool ok = true;
+    {
+        MachineLock lock(mDirectory);
+        for (StateFile* file : stateFiles()) {
+            std::string why;
+            if (!file->Commit(why)) {
+                std::cerr << "engine: cannot save " << file->FileName() << " of " << mDirectory
+                          << ": " << why << "\n";
+                ok = false;
+            }
         }
+        mStamp = stateStamp();
     }
-    auto save = [this](const char* file, bool& dirty, auto write, const char* header) {
-        if (!dirty) {
-            return;
-        }
-        IniText ini;
-        ini.SetHeaderComment(header);
-        write(ini);
-        std::string why;
-        if (ini.Save(mDirectory + "/" + file, why)) {
-            dirty = false;
-        } else {
-            std::cerr << "engine: cannot save " << file << " of " << mDirectory << ": " << why
-                      << "\n";
-        }
-    };
-    save(
-            "processes.ini", mProcessesDirty, [this](IniText& ini) { mProcesses.Write(ini); },
-            ProcessTable::kHeader);
-    save(
-            "spooler.ini", mSpoolerDirty, [this](IniText& ini) { mSpooler.Write(ini); },
-            SpoolerState::kHeader);
+    // Each machine of the network under its own lock, one at a time, so that two processes never
+    // wait on each other's locks.
     for (auto& [name, remote] : mRemotes) {
-        remote->Commit();
+        ok = remote->Commit() && ok;
     }
-    mStamp = stateStamp();
+    return ok;
 }
 
 } // namespace sim

@@ -6,10 +6,11 @@
 #include "sim/CodePage.h"
 #include "sim/Environment.h"
 #include "sim/FaultList.h"
+#include "sim/IniStateFile.h"
 #include "sim/MachineIdentity.h"
 #include "sim/PathMapper.h"
 #include "sim/ProcessTable.h"
-#include "sim/RegistryStore.h"
+#include "sim/RegistryFile.h"
 #include "sim/SpoolerState.h"
 
 #include <map>
@@ -60,16 +61,16 @@ public:
     const CodePage& Ansi() const { return CodePage::Get(mIdentity.ansiCodePage); }
     const CodePage& Oem() const { return CodePage::Get(mIdentity.oemCodePage); }
     Environment& Env() { return mEnvironment; }
-    RegistryStore& Registry() { return mRegistry; }
+    RegistryStore& Registry() { return mRegistry.Store(); }
     const FaultList& Faults() const { return mFaults; }
     // Its index of folders changes as the machine reads and writes them.
     const PathMapper& Paths() const { return mPaths; }
     // The running programs and the spooler; call the Changed functions after a change, so that
     // the next commit writes their files.
-    ProcessTable& Processes() { return mProcesses; }
-    SpoolerState& Spooler() { return mSpooler; }
-    void ProcessesChanged() { mProcessesDirty = true; }
-    void SpoolerChanged() { mSpoolerDirty = true; }
+    ProcessTable& Processes() { return mProcesses.Get(); }
+    SpoolerState& Spooler() { return mSpooler.Get(); }
+    void ProcessesChanged() { mProcesses.Changed(); }
+    void SpoolerChanged() { mSpooler.Changed(); }
 
     // The current folder of the process, as a UTF-8 machine path.
     const std::string& CurrentDirectory() const { return mCurrentDirectory; }
@@ -104,8 +105,11 @@ public:
     // Keys opened through the seam, by handle. Handles of other machines' keys live here too.
     std::map<std::uintptr_t, OpenRegKey>& OpenKeys() { return mOpenKeys; }
 
-    // Writes what changed (the registry) atomically; called at the end of every export.
-    void Commit();
+    // Writes what this process changed in the state files (registry, spooler, programs), under
+    // the machine's lock, merged onto what other processes wrote meanwhile (see StateFile);
+    // called at the end of every export. False, with the reason on standard error, when a file
+    // could not be written; it stays to be written at the next commit.
+    bool Commit();
 
 private:
     SimMachine() = default;
@@ -115,10 +119,15 @@ private:
     std::string stateStamp() const;
     os::Error locateUnc(const WindowsPath& path, HostLocation& out);
 
+    // The state files, in the order they are read and committed.
+    std::vector<StateFile*> stateFiles() {
+        return {&mRegistry, &mSpooler, &mProcesses};
+    }
+
     std::string mDirectory;
     MachineIdentity mIdentity;
     Environment mEnvironment;
-    RegistryStore mRegistry;
+    RegistryFile mRegistry;
     FaultList mFaults;
     PathMapper mPaths;
     std::string mCurrentDirectory;
@@ -127,10 +136,8 @@ private:
     std::map<std::string, std::unique_ptr<SimMachine>> mRemotes;
     std::map<std::string, FileLock> mLocks; // folded machine path -> lock
     std::map<std::uintptr_t, OpenRegKey> mOpenKeys;
-    ProcessTable mProcesses;
-    SpoolerState mSpooler;
-    bool mProcessesDirty = false;
-    bool mSpoolerDirty = false;
+    IniStateFile<ProcessTable> mProcesses{"processes.ini", ProcessTable::kHeader};
+    IniStateFile<SpoolerState> mSpooler{"spooler.ini", SpoolerState::kHeader};
     std::string mStamp;
 };
 

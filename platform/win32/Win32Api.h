@@ -20,6 +20,7 @@
 #include <winver.h>
 
 #undef CopyFile
+#undef CreateMutex
 #undef CreateDirectory
 #undef DeleteFile
 #undef ExpandEnvironmentStrings

@@ -5,6 +5,7 @@
 #include "support/TestMachine.h"
 
 #include <gtest/gtest.h>
+#include <vector>
 
 namespace {
 
@@ -163,6 +164,61 @@ TEST_F(RegistryConformance, InheritedSecurityCarriesTheParentsAccessList) {
     ASSERT_EQ(error::Success, RegGetKeySecurity(child, kept));
     RegCloseKey(child);
     EXPECT_EQ(0u, kept.find("D:"));
+}
+
+} // namespace
+
+namespace {
+
+class RegistryLimits : public RegistryConformance {};
+
+TEST_F(RegistryLimits, AKeyNameOver255CharactersIsAnInvalidParameter) {
+    HKey key = 0;
+    Error longest = RegCreateKeyEx(hkey::CurrentUser, base + "\\" + std::string(255, 'n'),
+                                   regaccess::AllAccess, "", key, nullptr);
+    RegCloseKey(key);
+    Error over = RegCreateKeyEx(hkey::CurrentUser, base + "\\" + std::string(256, 'n'),
+                                regaccess::AllAccess, "", key, nullptr);
+    if (!machine.IsSimulated() && longest == error::MoreData) {
+        // Wine's A function gives 234 (ERROR_MORE_DATA) for a name of 255 characters already,
+        // and for longer ones; Windows makes the key of 255.
+        EXPECT_EQ(error::MoreData, over);
+        return;
+    }
+    EXPECT_EQ(error::Success, longest);
+    EXPECT_EQ(error::InvalidParameter, over);
+}
+
+TEST_F(RegistryLimits, TheTreeEndsAt512Levels) {
+    // One level per call, from the handle of the level above. Windows refuses a key deeper than
+    // 512 levels below its hive with ERROR_INVALID_PARAMETER; Wine has no such limit and makes
+    // all 520, so the real API is only held to the code when it refuses at all.
+    // Every level's handle is kept, so that the chain goes again from the bottom up: a path
+    // that long is more than some systems open by name.
+    std::vector<HKey> chain{create("")};
+    int levels = 0;
+    Error refused = error::Success;
+    for (; levels < 520; ++levels) {
+        HKey child = 0;
+        refused = RegCreateKeyEx(chain.back(), "k", regaccess::AllAccess, "", child, nullptr);
+        if (refused != error::Success) {
+            break;
+        }
+        chain.push_back(child);
+    }
+    for (size_t level = chain.size() - 1; level > 0; --level) {
+        RegCloseKey(chain[level]);
+        EXPECT_EQ(error::Success, RegDeleteKey(chain[level - 1], "k"));
+    }
+    RegCloseKey(chain.front());
+    if (machine.IsSimulated()) {
+        EXPECT_EQ(error::InvalidParameter, refused);
+        // HKCU is HKEY_USERS\<SID>, a level down, and the test's key two levels below it.
+        EXPECT_EQ(512 - 3, levels);
+    } else if (refused != error::Success) {
+        EXPECT_EQ(error::InvalidParameter, refused);
+        EXPECT_GT(levels, 400);
+    }
 }
 
 } // namespace

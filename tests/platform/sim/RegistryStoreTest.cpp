@@ -1,5 +1,6 @@
 #include "sim/RegistryStore.h"
 
+#include <chrono>
 #include <gtest/gtest.h>
 
 namespace {
@@ -100,3 +101,87 @@ TEST(RegistryStore, NamesKeepTheSpellingOfTheirFirstWriter) {
 }
 
 } // namespace
+
+namespace {
+
+std::string Nested(size_t depth) {
+    std::string path = "HKEY_LOCAL_MACHINE";
+    for (size_t i = 0; i < depth; ++i) {
+        path += "\\k";
+    }
+    return path;
+}
+
+} // namespace
+
+TEST(RegistryStore, KeepsWindowsLimitsOfNameAndDepth) {
+    RegistryStore store;
+    EXPECT_NE(nullptr, store.Create("HKEY_LOCAL_MACHINE\\" + std::string(255, 'n')));
+    EXPECT_EQ(nullptr, store.Create("HKEY_LOCAL_MACHINE\\" + std::string(256, 'n')));
+    // A name's length is counted in characters, not in bytes of UTF-8.
+    std::string umlauts;
+    for (int i = 0; i < 255; ++i) {
+        umlauts += "\xC3\xA4";
+    }
+    EXPECT_NE(nullptr, store.Create("HKEY_LOCAL_MACHINE\\" + umlauts));
+    EXPECT_NE(nullptr, store.Create(Nested(RegistryStore::kMaxDepth)));
+    EXPECT_EQ(nullptr, store.Create(Nested(RegistryStore::kMaxDepth + 1)));
+
+    // The deepest tree there can be writes out and reads back.
+    RegistryStore copy;
+    std::string error;
+    ASSERT_TRUE(copy.Parse(store.Format(), kUser, error)) << error;
+    EXPECT_NE(nullptr, copy.Find(Nested(RegistryStore::kMaxDepth)));
+}
+
+TEST(RegistryStore, AFileNestedTooDeepIsRefusedAtOnceWithTheLine) {
+    std::string text = "Windows Registry Editor Version 5.00\n\n[" + Nested(100000) + "]\n";
+    RegistryStore store;
+    std::string error;
+    auto start = std::chrono::steady_clock::now();
+    EXPECT_FALSE(store.Parse(text, kUser, error));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+    EXPECT_EQ("key nested deeper than 512 levels (line 3)", error);
+
+    std::string longName = "REGEDIT4\n[HKEY_CURRENT_USER\\" + std::string(300, 'x') + "]\n";
+    EXPECT_FALSE(store.Parse(longName, kUser, error));
+    EXPECT_EQ("key name longer than 255 characters (line 2)", error);
+}
+
+TEST(RegistryStore, ChangesOfOneProcessCarryOntoTheStoreAnotherLeft) {
+    std::string error;
+    RegistryStore base;
+    ASSERT_TRUE(base.Parse("REGEDIT4\n[HKEY_LOCAL_MACHINE\\S\\Common]\n\"Old\"=\"1\"\n"
+                           "\"Gone\"=\"1\"\n[HKEY_LOCAL_MACHINE\\S\\Drop\\Deep]\n\"x\"=\"1\"\n"
+                           "[HKEY_LOCAL_MACHINE\\S\\Theirs]\n",
+                           kUser, error))
+            << error;
+    // This process: a value changed, one deleted, one new, a key made, a tree deleted.
+    RegistryStore mine;
+    ASSERT_TRUE(mine.Parse(base.Format(), kUser, error));
+    mine.Find("HKEY_LOCAL_MACHINE\\S\\Common")->SetValue(RegValue::Text("Old", "mine"));
+    mine.Find("HKEY_LOCAL_MACHINE\\S\\Common")->RemoveValue("Gone");
+    mine.Find("HKEY_LOCAL_MACHINE\\S\\Common")->SetValue(RegValue::Number("Mine", 7));
+    mine.Create("HKEY_LOCAL_MACHINE\\S\\New\\Key")->SetSecurity("D:(A;;KA;;;BA)");
+    mine.Remove("HKEY_LOCAL_MACHINE\\S\\Drop");
+    // The other process, meanwhile: a value of its own in the same key, a key of its own, and
+    // a key deleted that this process did not touch.
+    RegistryStore theirs;
+    ASSERT_TRUE(theirs.Parse(base.Format(), kUser, error));
+    theirs.Find("HKEY_LOCAL_MACHINE\\S\\Common")->SetValue(RegValue::Text("Other", "theirs"));
+    theirs.Create("HKEY_LOCAL_MACHINE\\S\\OtherKey");
+    theirs.Remove("HKEY_LOCAL_MACHINE\\S\\Theirs");
+
+    theirs.ApplyChanges(base, mine);
+    const RegKey* common = theirs.Find("HKEY_LOCAL_MACHINE\\S\\Common");
+    ASSERT_NE(nullptr, common);
+    EXPECT_EQ("mine", common->Value("Old")->AsText());
+    EXPECT_EQ(nullptr, common->Value("Gone"));
+    EXPECT_NE(nullptr, common->Value("Mine"));
+    EXPECT_EQ("theirs", common->Value("Other")->AsText());
+    ASSERT_NE(nullptr, theirs.Find("HKEY_LOCAL_MACHINE\\S\\New\\Key"));
+    EXPECT_EQ("D:(A;;KA;;;BA)", theirs.Find("HKEY_LOCAL_MACHINE\\S\\New\\Key")->Security());
+    EXPECT_EQ(nullptr, theirs.Find("HKEY_LOCAL_MACHINE\\S\\Drop"));
+    EXPECT_NE(nullptr, theirs.Find("HKEY_LOCAL_MACHINE\\S\\OtherKey"));
+    EXPECT_EQ(nullptr, theirs.Find("HKEY_LOCAL_MACHINE\\S\\Theirs"));
+}
