@@ -50,6 +50,17 @@ std::string NormalFilePath(const std::string& path) {
 void FaultList::Read(const IniText& ini, const std::string& currentUserKey) {
     mDeniedKeys.clear();
     mLockedFiles.clear();
+    mServiceFaults.clear();
+    if (const IniText::Section* services = ini.FindSection("Services")) {
+        for (const IniText::Entry& entry : services->entries) {
+            std::string kind = LowerAscii(Trim(entry.value));
+            ServiceFault fault = kind == "hang"      ? ServiceFault::Hang
+                                 : kind == "nostart" ? ServiceFault::NoStart
+                                 : kind == "nostop"  ? ServiceFault::NoStop
+                                                     : ServiceFault::None;
+            mServiceFaults.emplace_back(LowerAscii(entry.key), fault);
+        }
+    }
     if (const IniText::Section* registry = ini.FindSection("Registry")) {
         for (const IniText::Entry& entry : registry->entries) {
             if (EqualsNoCase(entry.key, "DenyWrite") && !entry.value.empty()) {
@@ -72,6 +83,16 @@ bool FaultList::DeniesRegistryWrite(const std::string& keyPath) const {
         }
     }
     return false;
+}
+
+ServiceFault FaultList::FaultOfService(const std::string& name) const {
+    std::string key = LowerAscii(name);
+    for (const auto& [service, fault] : mServiceFaults) {
+        if (service == key) {
+            return fault;
+        }
+    }
+    return ServiceFault::None;
 }
 
 } // namespace sim

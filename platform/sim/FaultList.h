@@ -5,6 +5,10 @@
 //   [Files]
 //   C:\Windows\system32\x.dll=sharing     ; in use: 32 (sharing) or 33 (lock) on write or delete;
 //                                         ; "image" is a running program: it can be renamed only
+//   [Services]
+//   Spooler=hang      ; a start or stop stays pending, its check point never moves
+//   Fax=nostart       ; StartService fails with 1053
+//   Tapisrv=nostop    ; the service does not accept a stop: 1052
 #pragma once
 
 #include <string>
@@ -15,6 +19,7 @@ namespace sim {
 class IniText;
 
 enum class FileLock { None, Sharing, Lock, Image };
+enum class ServiceFault { None, Hang, NoStart, NoStop };
 
 class FaultList {
 public:
@@ -28,7 +33,10 @@ public:
         return mLockedFiles;
     }
 
+    ServiceFault FaultOfService(const std::string& name) const;
+
 private:
+    std::vector<std::pair<std::string, ServiceFault>> mServiceFaults; // lower-case name
     std::vector<std::string> mDeniedKeys;
     std::vector<std::pair<std::string, FileLock>> mLockedFiles;
 };

@@ -6,6 +6,7 @@
 #include "sim/MachineIdentity.h"
 #include "sim/ProcessTable.h"
 #include "sim/RegistryStore.h"
+#include "sim/ServiceTable.h"
 #include "sim/SpoolerState.h"
 #include "sim/Text.h"
 
@@ -202,6 +203,14 @@ public:
         IniText processes;
         processes.SetHeaderComment(ProcessTable::kHeader);
         processTable().Write(processes);
+        if (nt()) {
+            IniText services;
+            services.SetHeaderComment(ServiceTable::kHeader);
+            serviceTable().Write(services);
+            if (!services.Save(hostDir + "/services.ini", why)) {
+                return false;
+            }
+        }
         return spooler.Save(hostDir + "/spooler.ini", why) &&
                processes.Save(hostDir + "/processes.ini", why);
     }
@@ -682,6 +691,74 @@ private:
     }
 
     ProcessTable processTable() const { return MachinePreset::StartupProcesses(mIdentity); }
+
+    // The services of this Windows version that the engine touches: the spooler, what it needs
+    // and what needs it, with their dependencies as the version has them.
+    ServiceTable serviceTable() const {
+        ServiceTable table;
+        auto add = [&](const char* name, const char* display, const std::string& binary,
+                       std::uint32_t type, std::uint32_t startType, bool running,
+                       std::vector<std::string> dependencies, const char* description) {
+            SimService service;
+            service.name = name;
+            service.displayName = display;
+            service.binaryPath = binary;
+            service.type = type;
+            service.startType = startType;
+            service.state = running ? 4 : 1;
+            service.dependencies = std::move(dependencies);
+            service.description = description;
+            table.services.push_back(service);
+        };
+        const std::string system = "%SystemRoot%\\system32\\";
+        bool xp = mPreset.family == Family::Win2000 &&
+                  (mPreset.major > 5 || mPreset.minor >= 1);
+        bool win7 = vistaOrLater() && (mPreset.major > 6 || mPreset.minor >= 1);
+        std::vector<std::string> rpcDependencies;
+        if (xp && mServicePack >= 2) {
+            add("DcomLaunch", "DCOM Server Process Launcher", system + "svchost -k DcomLaunch",
+                0x20, 2, true, {}, "Provides launch functionality for DCOM services.");
+        }
+        if (vistaOrLater()) {
+            add("DcomLaunch", "DCOM Server Process Launcher", system + "svchost.exe -k DcomLaunch",
+                0x20, 2, true, {}, "The DCOMLAUNCH service launches COM and DCOM servers.");
+            rpcDependencies.push_back("DcomLaunch");
+            if (win7) {
+                add("RpcEptMapper", "RPC Endpoint Mapper", system + "svchost.exe -k RPCSS", 0x20,
+                    2, true, {}, "Resolves RPC interfaces identifiers to transport endpoints.");
+                rpcDependencies.insert(rpcDependencies.begin(), "RpcEptMapper");
+            }
+        }
+        add("RpcSs", "Remote Procedure Call (RPC)",
+            mPreset.family == Family::NT4 ? system + "RpcSs.exe" : system + "svchost -k rpcss",
+            0x20, 2, true, rpcDependencies,
+            "Serves as the endpoint mapper and COM Service Control Manager.");
+        if (mPreset.family != Family::NT4) {
+            add("PlugPlay", "Plug and Play", system + "services.exe", 0x20, 2, true, {},
+                "Enables a computer to recognize and adapt to hardware changes.");
+        }
+        std::vector<std::string> spoolerDependencies;
+        if (mPreset.family != Family::NT4) {
+            spoolerDependencies.push_back("RPCSS");
+        }
+        if (vistaOrLater()) {
+            add("HTTP", "HTTP", "system32\\DRIVERS\\HTTP.sys", 0x1, 3, true, {},
+                "This service implements the hypertext transfer protocol (HTTP).");
+            spoolerDependencies.push_back("http");
+        }
+        add("Spooler", "Print Spooler", system + "spoolsv.exe", 0x110, 2, true,
+            spoolerDependencies,
+            "Loads files to memory for later printing.");
+        if (xp || vistaOrLater()) {
+            add("TapiSrv", "Telephony", system + "svchost.exe -k tapisrv", 0x20, 3, false,
+                {"PlugPlay", "RpcSs"}, "Provides Telephony API (TAPI) support.");
+            add("Fax", "Fax", system + "fxssvc.exe", 0x10, 3, false,
+                vistaOrLater() ? std::vector<std::string>{"RpcSs", "Spooler", "TapiSrv"}
+                               : std::vector<std::string>{"PlugPlay", "Spooler", "TapiSrv"},
+                "Enables you to send and receive faxes.");
+        }
+        return table;
+    }
 
     void fillPrintKeys(RegistryStore& store, const std::string& control) const {
         auto text = [](RegKey* k, const std::string& name, const std::string& value) {

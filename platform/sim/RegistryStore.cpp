@@ -2,6 +2,7 @@
 
 #include "sim/Text.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <sstream>
 #include <stdexcept>
@@ -591,6 +592,23 @@ std::string RegistryStore::Format() const {
     return out;
 }
 
+namespace {
+
+// A list of strings that `mine` only lengthened (as PendingFileRenameOperations grows by a pair
+// with each delayed move): the strings it added, as UTF-16 bytes with their terminators but
+// without the list's closing NUL; empty when mine did anything else to it.
+std::vector<std::uint8_t> AppendedStrings(const RegValue& before, const RegValue& mine) {
+    if (before.type != regtype::MultiString || mine.type != regtype::MultiString ||
+        before.data.size() < 2 || mine.data.size() <= before.data.size() ||
+        !std::equal(before.data.begin(), before.data.end() - 2, mine.data.begin())) {
+        return {};
+    }
+    return std::vector<std::uint8_t>(mine.data.begin() + (before.data.size() - 2),
+                                     mine.data.end() - 2);
+}
+
+} // namespace
+
 void RegistryStore::ApplyChanges(const RegistryStore& base, const RegistryStore& mine) {
     // One step of the walk: the same key in both trees (either may lack it) and its path.
     struct Step {
@@ -624,7 +642,21 @@ void RegistryStore::ApplyChanges(const RegistryStore& base, const RegistryStore&
         for (const RegValue& value : step.mine->Values()) {
             const RegValue* before = step.base != nullptr ? step.base->Value(value.name) : nullptr;
             if (before == nullptr || before->type != value.type || before->data != value.data) {
-                if (RegKey* key = here()) {
+                RegKey* key = here();
+                if (key == nullptr) {
+                    continue;
+                }
+                // What both appended to a list, both keep.
+                const RegValue* now = key->Value(value.name);
+                std::vector<std::uint8_t> added =
+                        before != nullptr ? AppendedStrings(*before, value)
+                                          : std::vector<std::uint8_t>();
+                if (!added.empty() && now != nullptr && now->type == regtype::MultiString &&
+                    now->data.size() >= 2 && now->data != before->data) {
+                    RegValue joined = *now;
+                    joined.data.insert(joined.data.end() - 2, added.begin(), added.end());
+                    key->SetValue(std::move(joined));
+                } else {
                     key->SetValue(value);
                 }
             }

@@ -82,7 +82,8 @@ SimMachine* SimMachine::Refresh(std::string& why) {
 std::string SimMachine::stateStamp() const {
     std::string stamp;
     for (const char* file :
-         {"machine.ini", "registry.reg", "faults.ini", "processes.ini", "spooler.ini"}) {
+         {"machine.ini", "registry.reg", "faults.ini", "processes.ini", "spooler.ini",
+          "services.ini"}) {
         stamp += StateFile::Stamp(mDirectory + "/" + file) + ";";
     }
     return stamp;
@@ -202,6 +203,10 @@ bool SimMachine::load(const std::string& hostDir, std::string& why) {
         if (!file->Load(mDirectory, why)) {
             return false;
         }
+    }
+    // The spooler answers while its service runs.
+    if (const SimService* spoolerService = Services().Find("Spooler")) {
+        Spooler().running = spoolerService->state == 4;
     }
     IniText faults;
     std::string ignored;

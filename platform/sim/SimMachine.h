@@ -11,6 +11,7 @@
 #include "sim/PathMapper.h"
 #include "sim/ProcessTable.h"
 #include "sim/RegistryFile.h"
+#include "sim/ServiceTable.h"
 #include "sim/SpoolerState.h"
 
 #include <map>
@@ -71,6 +72,9 @@ public:
     SpoolerState& Spooler() { return mSpooler.Get(); }
     void ProcessesChanged() { mProcesses.Changed(); }
     void SpoolerChanged() { mSpooler.Changed(); }
+    // The services (services.ini); empty on Windows 9x, which has no service manager.
+    ServiceTable& Services() { return mServices.Get(); }
+    void ServicesChanged() { mServices.Changed(); }
 
     // The current folder of the process, as a UTF-8 machine path.
     const std::string& CurrentDirectory() const { return mCurrentDirectory; }
@@ -121,7 +125,7 @@ private:
 
     // The state files, in the order they are read and committed.
     std::vector<StateFile*> stateFiles() {
-        return {&mRegistry, &mSpooler, &mProcesses};
+        return {&mRegistry, &mSpooler, &mProcesses, &mServices};
     }
 
     std::string mDirectory;
@@ -138,6 +142,7 @@ private:
     std::map<std::uintptr_t, OpenRegKey> mOpenKeys;
     IniStateFile<ProcessTable> mProcesses{"processes.ini", ProcessTable::kHeader};
     IniStateFile<SpoolerState> mSpooler{"spooler.ini", SpoolerState::kHeader};
+    IniStateFile<ServiceTable> mServices{"services.ini", ServiceTable::kHeader};
     std::string mStamp;
 };
 

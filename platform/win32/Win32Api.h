@@ -76,3 +76,9 @@
 #undef SetupIterateCabinet
 #undef EnumProcesses
 #undef GetModuleBaseName
+#undef OpenSCManager
+#undef OpenService
+#undef CreateService
+#undef ChangeServiceConfig2
+#undef StartService
+#undef EnumDependentServices

@@ -204,4 +204,16 @@ TEST_F(InstallcliTest, APipeGivenAsTheScriptIsRefusedAtOnce) {
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
 }
 
+TEST_F(InstallcliTest, ServicesAreListedWithTheirStateAndDependencies) {
+    Result shown = run("machine services " + machine("win7-x64"));
+    EXPECT_EQ(0, shown.code) << shown.output;
+    EXPECT_NE(std::string::npos, shown.output.find("Spooler\n  display name  Print Spooler\n"
+                                                   "  state         running\n"))
+            << shown.output;
+    EXPECT_NE(std::string::npos, shown.output.find("  depends on    RPCSS, http\n"));
+    Result old = run("machine services " + machine("win98"));
+    EXPECT_EQ(0, old.code);
+    EXPECT_NE(std::string::npos, old.output.find("has no service control manager"));
+}
+
 } // namespace

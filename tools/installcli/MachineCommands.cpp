@@ -35,6 +35,36 @@ bool LooksLikeWindowsPath(const std::string& text) {
            text.rfind("\\\\", 0) == 0;
 }
 
+const char* ServiceStateName(std::uint32_t state) {
+    switch (state) {
+    case 2:
+        return "start pending";
+    case 3:
+        return "stop pending";
+    case 4:
+        return "running";
+    default:
+        return "stopped";
+    }
+}
+
+const char* StartTypeName(std::uint32_t startType) {
+    switch (startType) {
+    case 0:
+        return "boot";
+    case 1:
+        return "system";
+    case 2:
+        return "automatic";
+    case 3:
+        return "on demand";
+    case 4:
+        return "disabled";
+    default:
+        return "unknown";
+    }
+}
+
 std::string TypeName(std::uint32_t type) {
     switch (type) {
     case sim::regtype::String:
@@ -375,7 +405,7 @@ std::string MachineCommands::DefaultLogLocation(const std::string& machineDir,
 
 int MachineCommands::Run(const CommandLine& line) {
     if (line.positional.empty()) {
-        return Usage("which one: create, show, reg or reboot?");
+        return Usage("which one: create, show, reg, services or reboot?");
     }
     const std::string& verb = line.positional[0];
     if (verb == "create") {
@@ -389,6 +419,9 @@ int MachineCommands::Run(const CommandLine& line) {
     }
     if (verb == "reboot") {
         return reboot(line);
+    }
+    if (verb == "services") {
+        return services(line);
     }
     return Usage(("unknown machine command " + verb).c_str());
 }
@@ -479,6 +512,13 @@ int MachineCommands::show(const CommandLine& line) {
         std::printf("  printer   %s on %s (%s)\n", printer.name.c_str(), printer.port.c_str(),
                     printer.driver.c_str());
     }
+    if (machine->Identity().IsNT()) {
+        size_t running = 0;
+        for (const sim::SimService& service : machine->Services().services) {
+            running += service.state == 4 ? 1 : 0;
+        }
+        std::printf("Services:   %zu, %zu running\n", machine->Services().services.size(), running);
+    }
     std::printf("Processes:  %zu\n", machine->Processes().Processes().size());
     const sim::RegKey* session = machine->Registry().Find(
             "HKEY_LOCAL_MACHINE\\SYSTEM\\CurrentControlSet\\Control\\Session Manager");
@@ -494,6 +534,41 @@ int MachineCommands::show(const CommandLine& line) {
     }
     std::printf("At restart: %zu pending file operations\n", operations);
     ShowUninstallLog(*machine);
+    return 0;
+}
+
+int MachineCommands::services(const CommandLine& line) {
+    if (line.positional.size() != 2) {
+        return Usage("services takes one folder: installcli machine services DIR");
+    }
+    std::string why;
+    auto machine = sim::SimMachine::Open(Absolute(line.positional[1]), why);
+    if (!machine) {
+        std::fprintf(stderr, "installcli machine services: %s\n", why.c_str());
+        return 1;
+    }
+    if (!machine->Identity().IsNT()) {
+        std::printf("%s has no service control manager.\n",
+                    machine->Identity().description.c_str());
+        return 0;
+    }
+    for (const sim::SimService& service : machine->Services().services) {
+        std::printf("%s\n", service.name.c_str());
+        std::printf("  display name  %s\n", service.displayName.c_str());
+        std::printf("  state         %s%s\n", ServiceStateName(service.state),
+                    service.deletePending ? ", marked for deletion" : "");
+        std::printf("  start         %s\n", StartTypeName(service.startType));
+        std::printf("  binary        %s\n", service.binaryPath.c_str());
+        std::printf("  account       %s\n", service.account.c_str());
+        std::string needs;
+        for (const std::string& name : service.dependencies) {
+            needs += (needs.empty() ? "" : ", ") + name;
+        }
+        std::printf("  depends on    %s\n", needs.empty() ? "(nothing)" : needs.c_str());
+        if (!service.description.empty()) {
+            std::printf("  description   %s\n", service.description.c_str());
+        }
+    }
     return 0;
 }
 

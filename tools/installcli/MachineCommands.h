@@ -35,4 +35,5 @@ private:
     static int show(const CommandLine& line);
     static int reg(const CommandLine& line);
     static int reboot(const CommandLine& line);
+    static int services(const CommandLine& line);
 };

@@ -2,7 +2,9 @@
 #include "sim/SimMachine.h"
 #include "support/TestMachine.h"
 
+#include <chrono>
 #include <fstream>
+#include <iterator>
 #include <gtest/gtest.h>
 
 namespace {
@@ -155,3 +157,22 @@ TEST_F(RegistryTest, RemoteComputersAreOtherMachinesOfTheNetwork) {
 }
 
 } // namespace
+
+TEST_F(RegistryTest, AKeyNested100000DeepIsRefusedAtOnce) {
+    std::string deep = "Software\\Deep";
+    for (int level = 0; level < 100000; ++level) {
+        deep += "\\k";
+    }
+    auto start = std::chrono::steady_clock::now();
+    EXPECT_FALSE(registry.WriteValue("HKLM", deep, "v", RegistryValue::Dword(1)));
+    EXPECT_FALSE(registry.DoesKeyExist("HKLM", deep));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+    // The registry is still whole and still written.
+    ASSERT_TRUE(registry.WriteValue("HKLM", "Software\\Deep", "v", RegistryValue::Dword(1)));
+    sim::SimMachine::Release();
+    std::ifstream file(machine.HostDir() + "/registry.reg");
+    std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    size_t key = text.find("[HKEY_LOCAL_MACHINE\\SOFTWARE\\Deep]\n");
+    ASSERT_NE(std::string::npos, key);
+    EXPECT_LT(key, text.find("\"v\"=dword:00000001", key));
+}

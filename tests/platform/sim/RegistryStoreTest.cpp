@@ -185,3 +185,28 @@ TEST(RegistryStore, ChangesOfOneProcessCarryOntoTheStoreAnotherLeft) {
     EXPECT_NE(nullptr, theirs.Find("HKEY_LOCAL_MACHINE\\S\\OtherKey"));
     EXPECT_EQ(nullptr, theirs.Find("HKEY_LOCAL_MACHINE\\S\\Theirs"));
 }
+
+TEST(RegistryStore, StringsThatTwoProcessesAppendToOneListAreAllKept) {
+    const char* const session = "HKEY_LOCAL_MACHINE\\Session";
+    RegistryStore base;
+    base.Create(session)->SetValue(RegValue::Multi("Pending", {"a", "b"}));
+    std::string error;
+    RegistryStore mine;
+    RegistryStore theirs;
+    ASSERT_TRUE(mine.Parse(base.Format(), kUser, error)) << error;
+    ASSERT_TRUE(theirs.Parse(base.Format(), kUser, error)) << error;
+    mine.Find(session)->SetValue(RegValue::Multi("Pending", {"a", "b", "mine1", "mine2"}));
+    theirs.Find(session)->SetValue(RegValue::Multi("Pending", {"a", "b", "theirs"}));
+
+    theirs.ApplyChanges(base, mine);
+    EXPECT_EQ((std::vector<std::string>{"a", "b", "theirs", "mine1", "mine2"}),
+              theirs.Find(session)->Value("Pending")->AsMulti());
+
+    // A list that this process rewrote otherwise takes its form whole.
+    mine.Find(session)->SetValue(RegValue::Multi("Pending", {"x"}));
+    RegistryStore other;
+    ASSERT_TRUE(other.Parse(base.Format(), kUser, error)) << error;
+    other.Find(session)->SetValue(RegValue::Multi("Pending", {"a", "b", "theirs"}));
+    other.ApplyChanges(base, mine);
+    EXPECT_EQ((std::vector<std::string>{"x"}), other.Find(session)->Value("Pending")->AsMulti());
+}
