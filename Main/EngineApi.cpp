@@ -75,8 +75,9 @@ bool EngineApi::DoUninstallCommon(const CStdStr& script, const CStdStr& variable
         } else {
             scope.Log(0, "Engine.Initialize failed. Aborting uninstall.");
         }
+        // While the engine lives: its end closes the run's log.
+        scope.Log(kMask, "outFile    : %s", outFile.c_str());
     }
-    scope.Log(kMask, "outFile    : %s", outFile.c_str());
     scope.SetResult(result ? 1 : 0);
     return result;
 }

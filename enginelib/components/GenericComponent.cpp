@@ -140,9 +140,8 @@ CStdStr GenericComponent::DisplayTitle() const {
     if (key.empty()) {
         return CStdStr();
     }
-    CStdStr text = NlsFile::GetText(key);
-    // Without a language text the component is shown by its name.
-    return ShowCarets(text.empty() ? key.Mid(11) : text);
+    // A component without a text of its own has no title: its name is not meant for users.
+    return ShowCarets(NlsFile::GetText(key));
 }
 
 bool GenericComponent::runActionList(ActionSet& list, const CStdStr& title, bool announce,
@@ -182,7 +181,12 @@ bool GenericComponent::runActionList(ActionSet& list, const CStdStr& title, bool
         oemNames[0] = names;
     }
     bool result = true;
-    for (const CStdStr& oemName : oemNames) {
+    for (CStdStr oemName : oemNames) {
+        // Without language texts the default brand expands to blanks, which name no brand to
+        // record: the list runs as an ordinary one.
+        if (CStdStr(oemName).Trim().empty()) {
+            oemName.clear();
+        }
         if (list.Run(mName, thawing, oemName, uninstalling) == ActionSet::Failed) {
             result = false;
         }

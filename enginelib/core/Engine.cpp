@@ -1,8 +1,13 @@
 #include "core/Engine.h"
 
+#include "core/DriverSearch.h"
+#include "core/DriversIni.h"
+
 #include "actions/ActionSet.h"
 #include "components/CustomFactory.h"
 #include "components/GenericComponent.h"
+#include "core/DriverSearch.h"
+#include "core/DriversIni.h"
 #include "core/InstallMap.h"
 #include "core/InstallScript.h"
 #include "core/IpcTransfer.h"
@@ -155,7 +160,18 @@ void Engine::applyVariables() {
     mScript->ReplaceInAll(table, false);
 }
 
+// A run learns its component, brand, package folder, spooler state and deferred files as it
+// goes; none of that may leak into the next run of the same process. What survives on purpose
+// (the uninstall log, product.ini's image, the language table, the log settings, the reboot
+// flag) is kept.
+void Engine::startRun() {
+    RunState::Reset();
+    FileOp::ResetRunState();
+    UninstallLog::Global().SetCurrentTitle(CStdStr());
+}
+
 bool Engine::Initialize(bool uninstall) {
+    startRun();
     DebugLogger& logger = DebugLogger::Instance();
     PathObject preliminary;
     preliminary.SetDirectory(SystemPath(SystemPath::TempFolder).GetDirectory());
@@ -267,22 +283,40 @@ bool Engine::Uninstall() {
 bool Engine::GetAllModels(const CStdStr& script, CStdStringList& models) {
     LogScope scope(kComponent, "Engine::GetAllModels", kMask);
     scope.Log(kMask, "script:%s", script.c_str());
-    // Model data (drivers.ini and the INF search) are not read by this engine yet: no model
-    // is known.
     models.clear();
-    scope.SetResult(false);
-    return false;
+    DriversIni::Reset();
+    DriversIni::Initialize(CStdStr(), false);
+    OSInfo os;
+    // The INF files beside the script, and what the product's DriverUnst.ini adds to them.
+    CStdStr folder = PathObject(script).GetDirectory();
+    DriverSearch::ParseFolders({folder}, folder, os);
+    PathObject unst;
+    unst.SetDirectory(ConfigFolder());
+    unst.SetName("DriverUnst.ini");
+    if (unst.Exists()) {
+        DriversIni::Table().Read(unst.GetFullPath(), true);
+    }
+    DriversIni::GetModels(models, os);
+    scope.SetResult(true);
+    return true;
 }
 
-bool Engine::GetModelStats(const CStdStr& model, const OSInfo&, int& nwLevel,
+bool Engine::GetModelStats(const CStdStr& model, const OSInfo& os, int& nwLevel,
                            CStdStringList& drivers, CStdStr& info) {
     LogScope scope(kComponent, "Engine::GetModelStats", kMask);
     scope.Log(kMask, "model:%s", model.c_str());
-    nwLevel = 0;
     drivers.clear();
     info.clear();
-    scope.SetResult(false);
-    return false;
+    CStdStr inf;
+    if (!DriversIni::GetStreams(model, drivers, os) ||
+        !DriversIni::GetInfName(model, CStdStr(), inf, os)) {
+        scope.SetResult(false);
+        return false;
+    }
+    info = PathObject(inf).GetDirectory();
+    nwLevel = std::atoi(DriversIni::GetModelValue(model, "NWLevel", os).c_str());
+    scope.SetResult(true);
+    return true;
 }
 
 // ---- component selection ----

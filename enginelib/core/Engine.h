@@ -73,6 +73,8 @@ public:
     void doLegacyComponentSetting();
 
 private:
+    // Forgets what the previous run of the process learnt.
+    static void startRun();
     bool checkTempFolder();
     bool driverFolderExists();
     bool isRemovedInThisRun(const CStdStr& name);

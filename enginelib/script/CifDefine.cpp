@@ -59,19 +59,57 @@ CStdStr BareName(const CStdStr& name) {
     return bare.substr(first, last - first + 1);
 }
 
-// Marks a define as being resolved for as long as its resolution lasts.
+// Marks a define as being resolved for as long as its resolution lasts, and counts the depth.
 class ResolvingGuard {
 public:
-    ResolvingGuard(CStdStringList& resolving, const CStdStr& name) : mResolving(resolving) {
-        mResolving.Add(name);
+    ResolvingGuard(std::map<CStdStr, int, NoCaseLess>& resolving, int& nesting, const CStdStr& name)
+            : mResolving(resolving), mNesting(nesting), mName(name) {
+        ++mResolving[mName];
+        ++mNesting;
     }
-    ~ResolvingGuard() { mResolving.pop_back(); }
+    ~ResolvingGuard() {
+        --mNesting;
+        auto entry = mResolving.find(mName);
+        if (--entry->second == 0) {
+            mResolving.erase(entry);
+        }
+    }
     ResolvingGuard(const ResolvingGuard&) = delete;
     ResolvingGuard& operator=(const ResolvingGuard&) = delete;
 
 private:
-    CStdStringList& mResolving;
+    std::map<CStdStr, int, NoCaseLess>& mResolving;
+    int& mNesting;
+    CStdStr mName;
 };
+
+// The names between pairs of dollar signs, as a scan from the front pairs them.
+std::vector<CStdStr> ReferencedNames(const CStdStr& text) {
+    std::vector<CStdStr> names;
+    size_t first = text.find('$');
+    while (first != CStdStr::npos) {
+        size_t second = text.find('$', first + 1);
+        if (second == CStdStr::npos) {
+            break;
+        }
+        names.push_back(text.substr(first + 1, second - first - 1));
+        first = text.find('$', second + 1);
+    }
+    return names;
+}
+
+bool IsAlwaysMutable(const CStdStr& name) {
+    for (const char* always : kAlwaysMutable) {
+        if (name.EqualsNoCase(always)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+CStdStr SectionKey(const CStdStr& section, const CStdStr& name) {
+    return section + "\n" + name;
+}
 
 void CutTrailingBackslash(CStdStr& path) {
     if (!path.empty() && path.back() == '\\') {
@@ -100,7 +138,8 @@ bool CifDefine::createDefineMap() {
         storeDefine(installDir->first, installDir->second);
     }
     for (const auto& [name, value] : mRaw) {
-        if (!name.EqualsNoCase(kInstallDir)) {
+        // A define that an earlier one refers to is resolved already.
+        if (!name.EqualsNoCase(kInstallDir) && isPending(name, CStdStr())) {
             storeDefine(name, value);
         }
     }
@@ -114,10 +153,12 @@ void CifDefine::storeDefine(const CStdStr& name, const CStdStr& rawValue) {
     if (!resolveDefine(name, value, CStdStr())) {
         ENGINE_LOG(kMask, "Value for the current define: %s-%s (defineVal)", name.c_str(),
                    rawValue.c_str());
+        mFailed.insert(name);
         return;
     }
     if (value == kMutable) {
         mMutableNames.Add(name);
+        mMutableSet.insert(name);
         return;
     }
     if (name.EqualsNoCase(kInstallDir)) {
@@ -130,14 +171,21 @@ void CifDefine::storeDefine(const CStdStr& name, const CStdStr& rawValue) {
 bool CifDefine::resolveDefine(const CStdStr& name, CStdStr& value, const CStdStr& section) {
     LogScope scope(kComponent, "CifDefine::resolveDefine", kMask);
     scope.Log(kMask, "define:%s value:%s section:%s", name.c_str(), value.c_str(), section.c_str());
+    Call outermost(*this);
     // A define that refers to itself, directly or through others, would recurse without end.
-    if (!name.empty() && mResolving.ContainsNoCase(BareName(name))) {
+    if (!name.empty() && mResolving.count(BareName(name)) != 0) {
         ENGINE_LOG(0, "CifDefine::resolveDefine: define $%s$ refers to itself: %s", name.c_str(),
                    value.c_str());
         scope.SetResult(CStdStr("false"));
         return false;
     }
-    ResolvingGuard guard(mResolving, BareName(name));
+    if (mNesting >= kMaxNesting) {
+        ENGINE_LOG(0, "CifDefine::resolveDefine: define $%s$ nests more than %d defines deep: %s",
+                   name.c_str(), kMaxNesting, value.c_str());
+        scope.SetResult(CStdStr("false"));
+        return false;
+    }
+    ResolvingGuard guard(mResolving, mNesting, BareName(name));
     value.TrimRight();
     if (value.size() >= 2 && value.front() == '%' && value.back() == '%') {
         value = LanguageText(value.Mid(1, value.GetLength() - 2));
@@ -161,7 +209,9 @@ bool CifDefine::resolveDefine(const CStdStr& name, CStdStr& value, const CStdStr
 }
 
 bool CifDefine::resolveStrDefine(CStdStr& str, const CStdStr& section) {
+    Call outermost(*this);
     const CStdStr original = str;
+    prepareReferences(str, section);
     int replacements = 0;
     auto endless = [&]() {
         if (++replacements <= kMaxReplacements) {
@@ -169,6 +219,15 @@ bool CifDefine::resolveStrDefine(CStdStr& str, const CStdStr& section) {
         }
         ENGINE_LOG(0, "CifDefine::resolveStrDefine: String define -- %s -- does not come to an end",
                    original.c_str());
+        return true;
+    };
+    auto tooLong = [&]() {
+        if (str.size() <= kMaxValueLength) {
+            return false;
+        }
+        ENGINE_LOG(0,
+                   "CifDefine::resolveStrDefine: String define -- %s -- grows beyond %u characters",
+                   original.Left(200).c_str(), static_cast<unsigned>(kMaxValueLength));
         return true;
     };
     for (;;) {
@@ -185,7 +244,17 @@ bool CifDefine::resolveStrDefine(CStdStr& str, const CStdStr& section) {
         }
         CStdStr name = str.Mid(first + 1, second - first - 1);
         CStdStr value;
-        if (IsMutable(name)) {
+        bool known = false;
+        if (!knownValue(name, section, known, value)) {
+            ENGINE_LOG(0,
+                       "CifDefine::resolveStrDefine: String define -- %s -- could not be "
+                       "resolved for $%s$",
+                       original.c_str(), name.c_str());
+            return false;
+        }
+        if (known) {
+            // Found among the values resolved before.
+        } else if (IsMutable(name)) {
             if (section.empty()) {
                 str = kMutable;
                 return true;
@@ -197,7 +266,7 @@ bool CifDefine::resolveStrDefine(CStdStr& str, const CStdStr& section) {
                            original.c_str(), name.c_str());
                 return false;
             }
-        } else if (!GetBuiltinDefine(name, value)) {
+        } else {
             auto raw = mRaw.find(name);
             value = raw == mRaw.end() ? CStdStr() : raw->second;
             if (!resolveDefine(name, value, section)) {
@@ -205,6 +274,9 @@ bool CifDefine::resolveStrDefine(CStdStr& str, const CStdStr& section) {
                            "CifDefine::resolveStrDefine: String define -- %s -- could not be "
                            "resolved for $%s$",
                            original.c_str(), name.c_str());
+                if (section.empty() && raw != mRaw.end()) {
+                    mFailed.insert(name);
+                }
                 return false;
             }
         }
@@ -215,6 +287,9 @@ bool CifDefine::resolveStrDefine(CStdStr& str, const CStdStr& section) {
         // The scan starts again from the front, so that a value that holds a reference is
         // resolved in the next round.
         str = str.Left(first) + value + str.Mid(second + 1);
+        if (tooLong()) {
+            return false;
+        }
     }
     for (;;) {
         int first = str.Find('%');
@@ -230,8 +305,100 @@ bool CifDefine::resolveStrDefine(CStdStr& str, const CStdStr& section) {
         }
         CStdStr text = LanguageText(str.Mid(first + 1, second - first - 1));
         str = str.Left(first) + text + str.Mid(second + 1);
+        if (tooLong()) {
+            return false;
+        }
     }
     return true;
+}
+
+bool CifDefine::knownValue(const CStdStr& name, const CStdStr& section, bool& found,
+                           CStdStr& value) {
+    found = false;
+    CStdStr key = BareName(name);
+    if (IsAlwaysMutable(key) || key.empty()) {
+        return true;
+    }
+    if (IsMutable(key)) {
+        if (section.empty()) {
+            return true;
+        }
+        auto remembered = mSectionValues.find(SectionKey(section, key));
+        if (remembered == mSectionValues.end()) {
+            return true;
+        }
+        found = true;
+        value = remembered->second.second;
+        return remembered->second.first;
+    }
+    // A name of the machine's own comes before a define of the same name.
+    if (GetBuiltinDefine(key, value)) {
+        found = true;
+        return true;
+    }
+    auto stored = mResolved.find("$" + name + "$");
+    if (stored != mResolved.end()) {
+        found = true;
+        value = stored->second;
+        return true;
+    }
+    return !(section.empty() && mFailed.count(name) != 0);
+}
+
+bool CifDefine::isPending(const CStdStr& name, const CStdStr& section) const {
+    if (name.empty() || IsAlwaysMutable(name) || mRaw.count(name) == 0 ||
+        mResolving.count(name) != 0) {
+        return false;
+    }
+    if (section.empty()) {
+        return mResolved.count("$" + name + "$") == 0 && mMutableSet.count(name) == 0 &&
+               mFailed.count(name) == 0;
+    }
+    return mMutableSet.count(name) != 0 && mSectionValues.count(SectionKey(section, name)) == 0;
+}
+
+void CifDefine::resolvePending(const CStdStr& name, const CStdStr& section) {
+    const CStdStr& raw = mRaw.find(name)->second;
+    if (section.empty()) {
+        storeDefine(mRaw.find(name)->first, raw);
+        return;
+    }
+    CStdStr value = raw;
+    bool resolved = resolveDefine(name, value, section);
+    mSectionValues[SectionKey(section, name)] = {resolved, resolved ? value : CStdStr()};
+}
+
+void CifDefine::prepareReferences(const CStdStr& text, const CStdStr& section) {
+    struct Frame {
+        CStdStr name;
+        bool expanded;
+    };
+    std::vector<Frame> stack;
+    std::set<CStdStr, NoCaseLess> onStack;
+    auto pushReferences = [&](const CStdStr& value) {
+        std::vector<CStdStr> names = ReferencedNames(value);
+        for (auto name = names.rbegin(); name != names.rend(); ++name) {
+            CStdStr key = BareName(*name);
+            if (onStack.count(key) == 0 && isPending(key, section)) {
+                onStack.insert(key);
+                stack.push_back({key, false});
+            }
+        }
+    };
+    pushReferences(text);
+    while (!stack.empty()) {
+        if (!stack.back().expanded) {
+            stack.back().expanded = true;
+            pushReferences(mRaw.find(stack.back().name)->second);
+            continue;
+        }
+        CStdStr name = stack.back().name;
+        stack.pop_back();
+        onStack.erase(name);
+        if (isPending(name, section)) {
+            resolvePending(name, section);
+        }
+    }
 }
 
 CStdStr CifDefine::componentOfSection(const CStdStr& section) {
@@ -292,6 +459,7 @@ bool CifDefine::installDirFor(const CStdStr& component, const CStdStr& section, 
 
 bool CifDefine::GetMutableDefine(const CStdStr& section, const CStdStr& name, CStdStr& value) {
     LogScope scope(kComponent, "CifDefine::GetMutableDefine", kMask);
+    Call outermost(*this);
     scope.Log(kMask, "section:%s name:%s", section.c_str(), name.c_str());
     CStdStr component = componentOfSection(section);
     CStdStr key = BareName(name);
@@ -357,12 +525,7 @@ bool CifDefine::GetBuiltinDefine(const CStdStr& name, CStdStr& value) {
 
 bool CifDefine::IsMutable(const CStdStr& name) const {
     CStdStr key = BareName(name);
-    for (const char* always : kAlwaysMutable) {
-        if (key.EqualsNoCase(always)) {
-            return true;
-        }
-    }
-    return mMutableNames.ContainsNoCase(key);
+    return IsAlwaysMutable(key) || mMutableSet.count(key) != 0;
 }
 
 void CifDefine::CopyStandardDefines(std::map<CStdStr, CStdStr>& toMap) {

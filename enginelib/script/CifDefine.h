@@ -11,6 +11,7 @@
 #include "core/CStdStringList.h"
 
 #include <map>
+#include <set>
 
 class IniFile;
 
@@ -20,6 +21,13 @@ public:
 
     // The value of everything that can be resolved only inside a component.
     static constexpr const char* kMutable = "MUTABLE_DEF";
+    // The longest value a string may grow to while its references are replaced: a define that
+    // uses the one before it twice doubles at each step and would never finish.
+    static constexpr size_t kMaxValueLength = 65536;
+    // The most defines whose resolutions may stand open inside one another. Defines are
+    // resolved deepest first, so that a chain of any length needs only a few; only a value
+    // that brings in references of its own as it is replaced nests further.
+    static constexpr int kMaxNesting = 64;
 
     // `isf` is the install script (the file itself when it is the script); `hasComponentFile`
     // is true when the defines belong to a CIF rather than to the script.
@@ -72,12 +80,47 @@ private:
     // being worked on.
     CStdStr scriptComponent(const CStdStr& component) const;
     void storeDefine(const CStdStr& name, const CStdStr& rawValue);
+    // Resolves first, deepest first and without recursion, the defines of the table that `text`
+    // refers to and that are not known yet for `section`, so that the resolution of `text`
+    // finds each of them ready.
+    void prepareReferences(const CStdStr& text, const CStdStr& section);
+    // Whether `name` is a define of the table still to be resolved for `section`.
+    bool isPending(const CStdStr& name, const CStdStr& section) const;
+    void resolvePending(const CStdStr& name, const CStdStr& section);
+    // A value already known for a reference of `section`: true with `found` false when there is
+    // none, false when the define is known to fail.
+    bool knownValue(const CStdStr& name, const CStdStr& section, bool& found, CStdStr& value);
+
+    // Counts the resolutions under way; the values of mutable defines found for a section are
+    // remembered until the outermost one ends.
+    class Call {
+    public:
+        explicit Call(CifDefine& owner) : mOwner(owner) { ++mOwner.mCalls; }
+        ~Call() {
+            if (--mOwner.mCalls == 0) {
+                mOwner.mSectionValues.clear();
+            }
+        }
+        Call(const Call&) = delete;
+        Call& operator=(const Call&) = delete;
+
+    private:
+        CifDefine& mOwner;
+    };
 
     DefineMap mResolved;
     DefineMap mRaw;
     IniFile& mIsf;
     CStdStringList mMutableNames;
+    std::set<CStdStr, NoCaseLess> mMutableSet;
+    // The defines that failed without a section: they fail again at every use.
+    std::set<CStdStr, NoCaseLess> mFailed;
     bool mHasComponentFile;
-    // The defines whose resolution is under way, innermost last.
-    CStdStringList mResolving;
+    // The defines whose resolution is under way, each with the number of its open resolutions.
+    std::map<CStdStr, int, NoCaseLess> mResolving;
+    int mNesting = 0;
+    int mCalls = 0;
+    // Mutable defines resolved for a section during the outermost resolution, under
+    // "section\nname": the value, or nothing for a failure.
+    std::map<CStdStr, std::pair<bool, CStdStr>, NoCaseLess> mSectionValues;
 };

@@ -116,6 +116,15 @@ CStdStr ErrorKind(const CStdStr& item) {
     return kind.Trim();
 }
 
+// The text of an error line: all after its first ":", commas included, since the text is
+// shown to the user and is not a list of items.
+CStdStr ErrorTextOf(const CStdStr& statement) {
+    int colon = statement.Find(':');
+    CStdStr text = colon < 0 ? CStdStr() : statement.Mid(colon + 1);
+    text.Replace("\\,", ",");
+    return text.Trim();
+}
+
 } // namespace
 
 CifExtReq::CifExtReq(const CStdStringList& statements) {
@@ -176,8 +185,6 @@ bool CifExtReq::IsValid() {
         case ErrorStatement:
             if (!ErrorKind(items.front()).EqualsNoCase("Error")) {
                 failure = "The NON ERROR-statement contains an invalid error type.";
-            } else if (items.size() > 1) {
-                failure = "The statement has a wrong number of parameters.";
             } else if (previous != Comparison && previous != ErrorStatement) {
                 // Several error lines in a row follow one comparison; the first one counts.
                 failure = "The statement is not in a valid sequence.";
@@ -242,10 +249,8 @@ int CifExtReq::IsExtReqSatisfied() {
         if (index + 1 < mStatements.size()) {
             const CStdStr& next = mStatements[index + 1];
             CStdStringList nextItems = SplitStatement(next);
-            if (Classify(next, nextItems) == ErrorStatement && !nextItems.empty()) {
-                int colon = nextItems.front().Find(':');
-                mErrorText = colon < 0 ? CStdStr() : nextItems.front().Mid(colon + 1);
-                mErrorText.Trim();
+            if (Classify(next, nextItems) == ErrorStatement) {
+                mErrorText = ErrorTextOf(next);
                 scope.Log(0, "%serror: %s", kSatisfiedPrefix, mErrorText.c_str());
             }
         }

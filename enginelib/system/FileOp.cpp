@@ -638,6 +638,13 @@ bool FileOp::WipeOutDirectory(const CStdStr& path) {
     return ok;
 }
 
+void FileOp::ResetRunState() {
+    sZombieEnabled = false;
+    sZombieList.Clear();
+    sWinInitLines.clear();
+    sLastError = 0;
+}
+
 bool FileOp::RemoveZombieFiles(bool keepEnabled) {
     LogScope scope(kComponent, "FileOp::RemoveZombieFiles", kMask);
     SortedList<PathObject> zombies = sZombieList;

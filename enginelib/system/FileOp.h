@@ -87,6 +87,8 @@ public:
     // Forgets what waits on the zombie list, without acting on it.
     static void ClearZombieList() { sZombieList.Clear(); }
     static const CStdStringList& GetWinInitLines() { return sWinInitLines; }
+    // Back to what a fresh process knows: no zombie mode, nothing deferred, no restart lines.
+    static void ResetRunState();
 
     static std::uint32_t GetLastError() { return sLastError; }
 

@@ -1,5 +1,6 @@
 #include "uninstall/UninstallLog.h"
 
+#include "core/ProductIni.h"
 #include "core/RunState.h"
 #include "os/Files.h"
 #include "os/Locale.h"
@@ -298,6 +299,34 @@ bool UninstallLog::RemoveItem(unsigned type, const CStdStr& component, const CSt
     return true;
 }
 
+namespace {
+
+// Whether a record's value is the one its type stores: "1" for a file and "2" for a folder share
+// the _Files section, and so on.
+bool IsOfType(unsigned type, const CStdStr& value) {
+    return kStoredValue[type] == 0 || std::atoi(value.c_str()) == kStoredValue[type];
+}
+
+// Start menu records of an older tool hold the product's naming defines in their text; they read
+// as the names they stand for.
+CStdStr FixedStartName(unsigned type, const CStdStr& name) {
+    if (type != itemtype::Shortcut && type != itemtype::StartFolder) {
+        return name;
+    }
+    CStdStr fixed = name;
+    const std::pair<const char*, CStdStr> defines[] = {
+            {"$DynamicNaming$", ProductIni::DynamicNaming()},
+            {"$PRINTER_FAMILY$", ProductIni::PrinterFamily()}};
+    for (const auto& [define, value] : defines) {
+        if (!value.empty()) {
+            fixed.Replace(define, value.c_str());
+        }
+    }
+    return fixed;
+}
+
+} // namespace
+
 bool UninstallLog::GetItems(unsigned type, const CStdStr& component, CStdStringList& items) {
     items.clear();
     CStdStr sectionName = GetSectionName(type, component);
@@ -308,8 +337,8 @@ bool UninstallLog::GetItems(unsigned type, const CStdStr& component, CStdStringL
     for (const CStdStr& name : section->Names()) {
         CStdStr value;
         section->GetValue(name, value);
-        if (kStoredValue[type] == 0 || std::atoi(value.c_str()) == kStoredValue[type]) {
-            items.Add(name);
+        if (IsOfType(type, value)) {
+            items.Add(FixedStartName(type, name));
         }
     }
     return true;
@@ -318,7 +347,8 @@ bool UninstallLog::GetItems(unsigned type, const CStdStr& component, CStdStringL
 bool UninstallLog::HasItem(unsigned type, const CStdStr& component, const CStdStr& name) {
     CStdStr sectionName = GetSectionName(type, component);
     IniSection* section = sectionName.empty() ? nullptr : FindSection(sectionName);
-    return section != nullptr && section->HasValue(name);
+    CStdStr value;
+    return section != nullptr && section->GetValue(name, value) && IsOfType(type, value);
 }
 
 CStdStr UninstallLog::GetSpecial(const CStdStr& component, const CStdStr& key) {
@@ -484,7 +514,8 @@ IniSection* UninstallLog::findParentOf(const CStdStr& key, const CStdStr& start)
     return nullptr;
 }
 
-bool UninstallLog::belongsTo(const CStdStr& sectionName, const CStdStr& name, bool shared) const {
+bool UninstallLog::belongsTo(const CStdStr& sectionName, const CStdStr& name, bool shared,
+                             const CStdStringList* keptBrands) const {
     int comma = sectionName.Find(',');
     CStdStr base = comma < 0 ? sectionName : sectionName.Left(comma);
     bool named = base.EqualsNoCase(name);
@@ -497,22 +528,29 @@ bool UninstallLog::belongsTo(const CStdStr& sectionName, const CStdStr& name, bo
     if (comma < 0) {
         return shared;
     }
-    // The scope after the name, and the last one (an OEM brand may follow the product).
-    CStdStr scopes = sectionName.Mid(comma + 1);
-    int next = scopes.Find(',');
-    CStdStr first = next < 0 ? scopes : scopes.Left(next);
-    CStdStr last = sectionName.Mid(sectionName.ReverseFind(',') + 1);
     auto ours = [this](const CStdStr& scope) {
         return scope.EqualsNoCase(mProduct) || scope.EqualsNoCase(mManufacturer);
     };
-    return ours(first) || ours(last);
+    CStdStr scopes = sectionName.Mid(comma + 1);
+    int next = scopes.Find(',');
+    CStdStr last = sectionName.Mid(sectionName.ReverseFind(',') + 1);
+    if (next < 0 || keptBrands == nullptr) {
+        return ours(next < 0 ? scopes : scopes.Left(next));
+    }
+    if (ours(last)) {
+        return true;
+    }
+    // A section of an OEM brand (product, then brand) stays while that brand holds the
+    // component; the brand's own uninstall takes it.
+    return ours(scopes.Left(next)) && !keptBrands->ContainsNoCase(last);
 }
 
-void UninstallLog::removeSectionsOf(const CStdStr& name, bool shared) {
+void UninstallLog::removeSectionsOf(const CStdStr& name, bool shared,
+                                    const CStdStringList& keptBrands) {
     CStdStringList doomed;
     for (int index = 0; index < SectionCount(); ++index) {
         CStdStr sectionName = IniFile::GetSectionName(index);
-        if (belongsTo(sectionName, name, shared)) {
+        if (belongsTo(sectionName, name, shared, &keptBrands)) {
             doomed.Add(sectionName);
         }
     }
@@ -521,16 +559,31 @@ void UninstallLog::removeSectionsOf(const CStdStr& name, bool shared) {
     }
 }
 
-void UninstallLog::renameSectionsOf(const CStdStr& name, const CStdStr& newName, bool shared) {
-    CStdStringList moving;
+void UninstallLog::renameSectionsOf(const CStdStr& name, const CStdStr& oldScope, bool shared,
+                                    const CStdStr& newName, const CStdStr& newScope) {
+    std::vector<std::pair<CStdStr, CStdStr>> moving;
     for (int index = 0; index < SectionCount(); ++index) {
         CStdStr sectionName = IniFile::GetSectionName(index);
-        if (belongsTo(sectionName, name, shared)) {
-            moving.Add(sectionName);
+        if (!belongsTo(sectionName, name, shared, nullptr)) {
+            continue;
+        }
+        int comma = sectionName.Find(',');
+        CStdStr base = comma < 0 ? sectionName : sectionName.Left(comma);
+        CStdStr target = newName + base.Mid(name.GetLength());
+        if (comma >= 0) {
+            // The first scope is the component's; an OEM brand after it stays.
+            CStdStr scopes = sectionName.Mid(comma + 1);
+            int next = scopes.Find(',');
+            if (!(next < 0 ? scopes : scopes.Left(next)).EqualsNoCase(oldScope)) {
+                continue;
+            }
+            target += "," + newScope + (next < 0 ? CStdStr() : scopes.Mid(next));
+        }
+        if (!target.EqualsNoCase(sectionName)) {
+            moving.emplace_back(sectionName, target);
         }
     }
-    for (const CStdStr& sectionName : moving) {
-        CStdStr target = newName + sectionName.Mid(name.GetLength());
+    for (const auto& [sectionName, target] : moving) {
         IniSection* existing = FindSection(target);
         if (existing == nullptr) {
             RenameSection(sectionName, target);
@@ -558,8 +611,10 @@ bool UninstallLog::RemoveComponent(const CStdStr& name, bool justRemoveShare) {
         scope.SetResult(false);
         return false;
     }
+    CStdStringList brands;
+    GetList(name, kOemSharedBy + mProduct, brands);
     parent->RemoveValue(key);
-    removeSectionsOf(reference.name, shared);
+    removeSectionsOf(reference.name, shared, brands);
     scope.SetResult(true);
     return true;
 }
@@ -574,23 +629,30 @@ bool UninstallLog::ChangeComponent(const CStdStr& name, const CStdStr& newParent
         return false;
     }
     Reference reference = splitReference(name);
-    bool shared = bShared || IsShared(name, true);
+    bool wasShared = IsShared(name, true);
+    bool shared = bShared || wasShared;
     CStdStr key = componentKey(name);
     IniSection* oldParent = findParentOf(key, kRoot);
     if (oldParent == nullptr) {
         scope.SetResult(false);
         return false;
     }
-    oldParent->RemoveValue(key);
+    // Every record of the component under its old parent goes, wherever the tree holds one.
+    for (; oldParent != nullptr; oldParent = findParentOf(key, kRoot)) {
+        oldParent->RemoveValue(key);
+    }
     CStdStringList dependents;
     GetDependents(name, dependents, true);
     CStdStr target = newName.empty() ? reference.name : newName;
     if (!dependents.empty()) {
         scope.Log(kMask, "UninstallLog::ChangeComponent: need to remove %s", key.c_str());
     }
-    // The records move with the component, its children included, so that nothing is lost.
-    if (!target.EqualsNoCase(reference.name)) {
-        renameSectionsOf(reference.name, target, shared);
+    // The records move with the component, its children included, so that none stays behind
+    // under the old name or scope and nothing is lost.
+    CStdStr oldScope = reference.scoped ? reference.scope : wasShared ? mManufacturer : mProduct;
+    CStdStr newScope = shared ? mManufacturer : mProduct;
+    if (!target.EqualsNoCase(reference.name) || !oldScope.EqualsNoCase(newScope)) {
+        renameSectionsOf(reference.name, oldScope, wasShared, target, newScope);
     }
     bool added = AddComponent(target, resolveComponent(newParent), shared);
     scope.SetResult(added);

@@ -140,9 +140,15 @@ private:
     bool isInstalledHelper(const CStdStr& component, const CStdStr& parent, bool deep);
     // The section, in the tree below `start`, that holds `key`; null when none does.
     IniSection* findParentOf(const CStdStr& key, const CStdStr& start);
-    bool belongsTo(const CStdStr& sectionName, const CStdStr& name, bool shared) const;
-    void removeSectionsOf(const CStdStr& name, bool shared);
-    void renameSectionsOf(const CStdStr& name, const CStdStr& newName, bool shared);
+    // Whether a section holds records of the component `name`. An OEM brand's section counts
+    // only when `keptBrands` is given and does not name the brand; without it, all do.
+    bool belongsTo(const CStdStr& sectionName, const CStdStr& name, bool shared,
+                   const CStdStringList* keptBrands) const;
+    void removeSectionsOf(const CStdStr& name, bool shared, const CStdStringList& keptBrands);
+    // Moves the sections of `name` under `oldScope` to `newName` under `newScope`, merging
+    // into sections that exist already.
+    void renameSectionsOf(const CStdStr& name, const CStdStr& oldScope, bool shared,
+                          const CStdStr& newName, const CStdStr& newScope);
     void fixupNewItems();
     bool canRecord(const CStdStr& name, const CStdStr& value) const;
     bool writeText(const CStdStr& path, const CStdStr& text);

@@ -25,21 +25,24 @@ std::uint64_t HostMilliseconds() {
             std::chrono::duration_cast<std::chrono::milliseconds>(since).count());
 }
 
+void FromFields(const std::tm& fields, std::uint64_t milliseconds, os::SystemTime& time) {
+    time.year = static_cast<std::uint16_t>(fields.tm_year + 1900);
+    time.month = static_cast<std::uint16_t>(fields.tm_mon + 1);
+    time.dayOfWeek = static_cast<std::uint16_t>(fields.tm_wday);
+    time.day = static_cast<std::uint16_t>(fields.tm_mday);
+    time.hour = static_cast<std::uint16_t>(fields.tm_hour);
+    time.minute = static_cast<std::uint16_t>(fields.tm_min);
+    time.second = static_cast<std::uint16_t>(fields.tm_sec);
+    time.milliseconds = static_cast<std::uint16_t>(milliseconds % 1000);
+}
+
 void HostLocalTime(os::SystemTime& time) {
     auto now = std::chrono::system_clock::now();
     std::time_t seconds = std::chrono::system_clock::to_time_t(now);
-    auto millis =
-            std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch()) % 1000;
+    auto millis = std::chrono::duration_cast<std::chrono::milliseconds>(now.time_since_epoch());
     std::tm local{};
     ::localtime_r(&seconds, &local);
-    time.year = static_cast<std::uint16_t>(local.tm_year + 1900);
-    time.month = static_cast<std::uint16_t>(local.tm_mon + 1);
-    time.dayOfWeek = static_cast<std::uint16_t>(local.tm_wday);
-    time.day = static_cast<std::uint16_t>(local.tm_mday);
-    time.hour = static_cast<std::uint16_t>(local.tm_hour);
-    time.minute = static_cast<std::uint16_t>(local.tm_min);
-    time.second = static_cast<std::uint16_t>(local.tm_sec);
-    time.milliseconds = static_cast<std::uint16_t>(millis.count());
+    FromFields(local, static_cast<std::uint64_t>(millis.count()), time);
 }
 
 std::int64_t HostLocalSeconds() {
@@ -150,14 +153,7 @@ void SimClock::LocalTime(os::SystemTime& time) {
     std::time_t seconds = static_cast<std::time_t>(mStartSeconds + mElapsed / 1000);
     std::tm fields{};
     ::gmtime_r(&seconds, &fields);
-    time.year = static_cast<std::uint16_t>(fields.tm_year + 1900);
-    time.month = static_cast<std::uint16_t>(fields.tm_mon + 1);
-    time.dayOfWeek = static_cast<std::uint16_t>(fields.tm_wday);
-    time.day = static_cast<std::uint16_t>(fields.tm_mday);
-    time.hour = static_cast<std::uint16_t>(fields.tm_hour);
-    time.minute = static_cast<std::uint16_t>(fields.tm_min);
-    time.second = static_cast<std::uint16_t>(fields.tm_sec);
-    time.milliseconds = static_cast<std::uint16_t>(mElapsed % 1000);
+    FromFields(fields, mElapsed, time);
 }
 
 void SimClock::Sleep(std::uint32_t milliseconds) {

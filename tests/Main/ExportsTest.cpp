@@ -25,7 +25,8 @@ protected:
         os::CreateDirectory(package + "\\Config");
         ASSERT_TRUE(TestMachine::WriteFile(package + "\\Config\\product.ini",
                                            "[GENERAL]\nLogName=t.log\nWatch=NOTEPAD.EXE\n"));
-        ASSERT_TRUE(TestMachine::WriteFile(package + "\\Config\\install.map", "[Components]\nTools=Tools.cif\n"));
+        ASSERT_TRUE(TestMachine::WriteFile(package + "\\Config\\install.map",
+                                           "[Components]\nTools=Tools.cif\n"));
         SetWorkingDirA(package.c_str());
     }
 
@@ -66,6 +67,18 @@ TEST_F(ExportsTest, DoInstallRefusesAScriptWithoutItsSection) {
     EXPECT_FALSE(DoUninstallA(good.c_str(), "", nullptr));
 }
 
+TEST_F(ExportsTest, DoUninstallNamesItsOutputFileInTheLog) {
+    ASSERT_TRUE(TestMachine::WriteFile(package + "\\Config\\product.ini",
+                                       "[GENERAL]\nLogName=t.log\nLogLevel=0x200000\n"));
+    ASSERT_TRUE(TestMachine::WriteFile(package + "\\Config\\Uninstall.cif",
+                                       "[Uninstall]\nVersion=1.0\n"));
+    std::string path = script("[Version]\nScriptVersion=14.0.12.0\n[Uninstall]\nTools=1\n");
+    std::string logPath = machine.Path("uninstall.log");
+    EXPECT_TRUE(DoUninstallA(path.c_str(), "", logPath.c_str()));
+    std::string log = TestMachine::ReadFile(logPath);
+    EXPECT_NE(std::string::npos, log.find("outFile    : " + logPath)) << log;
+}
+
 TEST_F(ExportsTest, StringResultsAreWrittenOnlyWhenTheyFit) {
     char buffer[8];
     std::memset(buffer, '#', sizeof buffer);
@@ -84,6 +97,32 @@ TEST_F(ExportsTest, StringResultsAreWrittenOnlyWhenTheyFit) {
     EngineWChar wide[4] = {u'#', u'#', u'#', u'#'};
     EXPECT_EQ(ENG_NOT_INSTALLABLE, GetComponentStatusW(u"Tools", wide, 4));
     EXPECT_EQ(0, wide[0]);
+}
+
+TEST_F(ExportsTest, ModelsComeFromTheInfFilesBesideTheScript) {
+    ASSERT_TRUE(TestMachine::WriteFile(
+            machine.Path("laser.inf"),
+            "[Version]\r\nQM_DRV_OS=MERGED\r\nQM_DRV_MERGED_OS=2000,X64,V32,V64\r\n"
+            "[Manufacturer]\r\nValmora=Models,NTamd64\r\n"
+            "[Models.NTamd64]\r\n\"Laser 5 (PS)\"=PS,USBPRINT\\Laser5\r\n"
+            "\"Laser 5 (PCL)\"=PCL,USBPRINT\\Laser5\r\n\"Inkjet 2\"=PCL\r\n"
+            "[PS]\r\nQM_DRV_INFO=PS_DATA\r\n[PCL]\r\nQM_DRV_INFO=PCL_DATA\r\n"
+            "[PS_DATA]\r\nQM_DRV_TYPE=PS\r\nQM_DRV_NETSUPPORT=3\r\n"
+            "[PCL_DATA]\r\nQM_DRV_TYPE=PCL\r\n"));
+    char models[64];
+    ASSERT_EQ(0, GetAvailableModelsA(script("[Install]\nA=1\n").c_str(), models, sizeof models));
+    EXPECT_STREQ("Inkjet 2\nLaser 5\n", models);
+    std::uint32_t level = 0;
+    char streams[16];
+    char folder[16] = "x";
+    ASSERT_EQ(0, GetModelInfoA("Laser 5", 7, &level, streams, sizeof streams, folder,
+                               sizeof folder));
+    EXPECT_STREQ("PS\nPCL\n", streams);
+    EXPECT_STREQ("", folder); // the INF lies in the searched folder itself
+    EXPECT_EQ(3u, level);
+    // The search took the rows of the running system only: Windows 2000 has none.
+    EXPECT_EQ(ENG_NOT_INSTALLABLE,
+              GetModelInfoA("Laser 5", 3, &level, streams, sizeof streams, folder, sizeof folder));
 }
 
 TEST_F(ExportsTest, ProgressStartsEmpty) {

@@ -1,5 +1,6 @@
 #include "components/CustomFactory.h"
 
+#include "ComponentTestSupport.h"
 #include "components/GenericComponent.h"
 #include "core/RunState.h"
 #include "enginelib/script/CifTestSupport.h"
@@ -229,8 +230,9 @@ TEST_F(CustomFactoryTest, TheMainSectionSetsListsAndFlags) {
     EXPECT_EQ("C:\\Suite\\Tools", tools->GetBaseDir());
     EXPECT_TRUE(tools->GetLogIt());
     EXPECT_TRUE(tools->GetVersionAllowsInstall());
+    LoadEnglishTexts(machine, "[Components]\nSuite=The suite\nTools=The tools\nChoice=A choice\n");
     tools->SetParentName("Suite");
-    EXPECT_EQ("Suite", tools->DisplayTitle());
+    EXPECT_EQ("The suite", tools->DisplayTitle());
     // A place holder without children leaves the log again.
     RunState::SetCurrentComponent(UninstallLog::kRoot);
     tools->RunPreInstall();
@@ -244,7 +246,7 @@ TEST_F(CustomFactoryTest, TheMainSectionSetsListsAndFlags) {
     EXPECT_FALSE(choice->IsOemCommon());
     EXPECT_EQ(CStdStringList(), choice->GetSubComponents());
     choice->SetParentName("Suite");
-    EXPECT_EQ("Choice", choice->DisplayTitle());
+    EXPECT_EQ("A choice", choice->DisplayTitle());
 }
 
 TEST_F(CustomFactoryTest, WhetherAComponentIsLoggedFollowsLogPatchAndTheMachinesLog) {

@@ -153,6 +153,18 @@ TEST_F(GenericComponentTest, OemListsRunOncePerOemNameAndTheOthersOnce) {
     EXPECT_EQ((std::vector<CStdStr>{"Solo"}), single->mTitles);
 }
 
+TEST_F(GenericComponentTest, ABlankDefaultBrandIsNotRecorded) {
+    // No language texts: the default brand "%OEM% %ModelName%" comes out as one blank.
+    LogCapture capture(machine);
+    auto tools = component("Tools");
+    tools->SetVersionAllowsInstall(true);
+    JournalAction* oem = add(tools->GetOemInstallActions(), "oem");
+    tools->Install();
+    EXPECT_EQ(1u, oem->mTitles.size());
+    EXPECT_FALSE(capture.Has("cannot record")) << capture.Text();
+    EXPECT_EQ("", log.GetSpecial("Tools", "OEMSharedBy,Suite"));
+}
+
 TEST_F(GenericComponentTest, TitlesNameTheComponentByItsTextOrItsName) {
     LoadEnglishTexts(machine, "[Global]\nINSTALLING=Installing %s\nPACKAGING=Packaging %s\n"
                               "[Components]\nTools=Tools for ^OEM_PRODUCT^\nSuite=The suite\n");
@@ -173,7 +185,8 @@ TEST_F(GenericComponentTest, TitlesNameTheComponentByItsTextOrItsName) {
     EXPECT_EQ("The suite", tools->DisplayTitle());
     tools->SetComponentDisguise(false);
     EXPECT_EQ("Tools for Tovar", tools->DisplayTitle());
-    EXPECT_EQ("Help", component("Help")->DisplayTitle());
+    // A component that the language files do not name has no title; its name is no stand-in.
+    EXPECT_EQ("", component("Help")->DisplayTitle());
 
     // The install list puts the component's title into the run's title.
     auto shown = component("Tools");

@@ -31,14 +31,15 @@ protected:
                                    "PACKAGING=Packaging %s\nINSTALL_FINISHING=Finishing\n"
                                    "PACKAGING_FINISHING=Finishing the package\nINSTALL_DONE=Done\n"
                                    "[Components]\nCore=Core files\n");
-        RunState::SetReporter(&reporter);
     }
 
     std::unique_ptr<Engine> startRun(const std::string& extra = "") {
         auto engine = start("[Install]\nLanguage=en\nCore=1\nTools=1\nHidden=1\n[Tools]\nHelp=1\n"
                             "[OEMProduct]\nName=Acme\n" +
                             extra);
+        // As DoInstall does: the run's reporter is handed over once the engine stands.
         engine->SetIpcTransfer(&reporter);
+        RunState::SetReporter(&reporter);
         return engine;
     }
 

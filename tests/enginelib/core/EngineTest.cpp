@@ -1,7 +1,9 @@
 #include "core/Engine.h"
 #include "core/ProductIni.h"
+#include "core/RunState.h"
 #include "os/Files.h"
 #include "os/Process.h"
+#include "script/CifDefine.h"
 #include "script/IniFile.h"
 #include "script/SystemPath.h"
 #include "support/TestMachine.h"
@@ -9,6 +11,7 @@
 #include "system/DebugLogger.h"
 #include "system/FileOp.h"
 #include "system/Registry.h"
+#include "uninstall/UninstallLog.h"
 
 #include <gtest/gtest.h>
 
@@ -93,6 +96,39 @@ TEST_F(EngineTest, AnEmptyInstallSectionIsRefused) {
               log.find("Engine::Initialize: Script file is invalid, File = " + path));
     Engine uninstall(nullptr, path, "", "");
     EXPECT_TRUE(uninstall.Initialize(true));
+}
+
+// A host may run one install after another in one process: nothing the first run learnt may
+// steer the second.
+TEST_F(EngineTest, ARunStartsWithNothingThatThePreviousRunLearnt) {
+    IniFile oldScript;
+    RunState::SetScript(&oldScript);
+    RunState::SetScriptPath("C:\\old\\setup.isf");
+    RunState::SetCurrentComponent("OldComponent");
+    RunState::SetCurrentOem("OldBrand");
+    RunState::SetPackageDir("C:\\OldPackage");
+    RunState::SetSpoolerStopped();
+    RunState::AddTemporaryFile("C:\\old.tmp");
+    FileOp::SetZombieMode(true);
+    UninstallLog::Global().SetCurrentTitle("OldBrand");
+
+    std::string path = script("[Install]\nA=1\n");
+    Engine engine(nullptr, path, "", "");
+    ASSERT_TRUE(engine.Initialize(false));
+    EXPECT_EQ(path, RunState::GetScriptPath());
+    EXPECT_EQ("", RunState::GetCurrentComponent());
+    EXPECT_EQ("", RunState::GetCurrentOem());
+    EXPECT_EQ("", RunState::GetPackageDir());
+    EXPECT_FALSE(RunState::IsSpoolerStopped());
+    EXPECT_TRUE(RunState::TakeTemporaryFiles().empty());
+    EXPECT_FALSE(FileOp::IsZombieModeEnabled());
+    EXPECT_EQ("", UninstallLog::Global().GetCurrentTitle());
+
+    // So a define of the component being worked on is this run's, not the last one's.
+    CifDefine defines({}, *RunState::GetScript(), true);
+    CStdStr value;
+    ASSERT_TRUE(defines.GetBuiltinDefine("CURRENT_COMP", value));
+    EXPECT_EQ("", value);
 }
 
 class EngineOnXpTest : public EngineTest {

@@ -11,6 +11,7 @@
 #include "tools/VersionedImage.h"
 #include "uninstall/UninstallLog.h"
 
+#include <ctime>
 #include <gtest/gtest.h>
 #include <memory>
 
@@ -121,6 +122,76 @@ TEST_F(CifDefineTest, AValueThatBringsBackItsOwnReferenceStops) {
         many += "%Global.LOOP_FREE%";
     }
     EXPECT_TRUE(defines->resolveStrDefine(many, ""));
+}
+
+// Scripts are not trusted: a define table of any shape is built in bounded time and stack.
+// A chain of 20,000 defines takes well under a second of processor time (measured so, since the
+// machine may be shared); sanitizer builds run slower.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr double kChainBudget = 6.0;
+#else
+constexpr double kChainBudget = 1.0;
+#endif
+
+TEST_F(CifDefineTest, LongChainsOfDefinesResolveQuicklyAndWithoutDeepRecursion) {
+    constexpr int kLength = 20000;
+    CifDefine::DefineMap chain{{"D0", "x"}};
+    CifDefine::DefineMap cycle;
+    CifDefine::DefineMap mutableChain{{"M0", "$INSTALL_DIR$"}};
+    for (int index = 1; index <= kLength; ++index) {
+        chain[CStdStr::Formatted("D%d", index)] = CStdStr::Formatted("$D%d$x", index - 1);
+        mutableChain[CStdStr::Formatted("M%d", index)] = CStdStr::Formatted("$M%d$y", index - 1);
+        cycle[CStdStr::Formatted("C%d", index)] =
+                CStdStr::Formatted("$C%d$", index == 1 ? kLength : index - 1);
+    }
+    readScript({"[Comp]", "InstallDir=C:\\Comp"});
+    auto timed = [](auto work) {
+        std::clock_t start = std::clock();
+        work();
+        return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+    };
+
+    EXPECT_LT(timed([&] {
+                  CifDefine chained(chain, script, false);
+                  EXPECT_EQ(CStdStr(kLength + 1, 'x'),
+                            chained.GetResolved().at(CStdStr::Formatted("$D%d$", kLength)));
+                  CStdStr text = CStdStr::Formatted("[$D%d$]", kLength);
+                  ASSERT_TRUE(chained.resolveStrDefine(text, ""));
+                  EXPECT_EQ(static_cast<size_t>(kLength + 3), text.size());
+              }),
+              kChainBudget);
+    // A cycle through all of them fails for each, and fast.
+    EXPECT_LT(timed([&] {
+                  CifDefine cyclic(cycle, script, false);
+                  EXPECT_TRUE(cyclic.GetResolved().empty());
+              }),
+              kChainBudget);
+    // A chain that only a component can resolve is resolved deepest first too.
+    EXPECT_LT(timed([&] {
+                  CifDefine changing(mutableChain, script, false);
+                  EXPECT_EQ(static_cast<size_t>(kLength + 1), changing.GetMutableNames().size());
+                  CStdStr inComp = CStdStr::Formatted("$M%d$", kLength);
+                  ASSERT_TRUE(changing.resolveStrDefine(inComp, "Comp"));
+                  EXPECT_EQ("C:\\Comp" + CStdStr(kLength, 'y'), inComp);
+              }),
+              kChainBudget);
+}
+
+TEST_F(CifDefineTest, AValueThatDoublesAtEachStepStopsAtTheLengthLimit) {
+    LogCapture log(machine);
+    CifDefine::DefineMap doubling{{"D0", "ab"}};
+    for (int index = 1; index <= 40; ++index) {
+        doubling[CStdStr::Formatted("D%d", index)] =
+                CStdStr::Formatted("$D%d$$D%d$", index - 1, index - 1);
+    }
+    CifDefine defines(doubling, script, false);
+    // 2 << 15 characters stand at the limit; the next step passes it.
+    EXPECT_EQ(CifDefine::kMaxValueLength, defines.GetResolved().at("$D15$").size());
+    EXPECT_EQ(0u, defines.GetResolved().count("$D16$"));
+    EXPECT_EQ(0u, defines.GetResolved().count("$D40$"));
+    EXPECT_TRUE(log.Has("-- grows beyond 65536 characters"));
+    CStdStr text = "$D40$";
+    EXPECT_FALSE(defines.resolveStrDefine(text, ""));
 }
 
 TEST_F(CifDefineTest, LoneDollarsAndUnknownNames) {

@@ -102,7 +102,6 @@ TEST(CifExtReq, EachInvalidStatementIsNamedInTheLog) {
             {{"a,INT:EQ,1"}, "The NON ERROR-statement contains an invalid comparison type."},
             {{"a,NUM:EQ,1", "Errors:text"},
              "The NON ERROR-statement contains an invalid error type."},
-            {{"a,NUM:EQ,1", "Error:one,two"}, "The statement has a wrong number of parameters."},
             {{"Error:text", "a,NUM:EQ,1"}, "The statement is not in a valid sequence."},
             {{"a,NUM:EQ,1", "plain", "Error:text"}, "The statement is not in a valid sequence."},
     };
@@ -141,6 +140,17 @@ TEST(CifExtReq, AFailedComparisonTakesTheErrorAfterIt) {
     EXPECT_EQ(0, requirements.IsExtReqSatisfied());
     EXPECT_EQ("Display : MSG_LOW_MEMORY", requirements.GetErrorText());
     EXPECT_EQ((CStdStringList{"Display", "MSG_LOW_MEMORY"}), requirements.GetErrorItems());
+}
+
+TEST(CifExtReq, AnErrorTextKeepsItsCommas) {
+    TestMachine machine("xp");
+    CifExtReq requirements = Requirements(
+            {"128,NUM:GTE,256,,", "Error: Display : Too little memory, 256 MB\\, at least "});
+    EXPECT_TRUE(requirements.IsValid());
+    EXPECT_EQ(0, requirements.IsExtReqSatisfied());
+    EXPECT_EQ("Display : Too little memory, 256 MB, at least", requirements.GetErrorText());
+    EXPECT_EQ((CStdStringList{"Display", "Too little memory, 256 MB, at least"}),
+              requirements.GetErrorItems());
 }
 
 TEST(CifExtReq, AFailureWithoutAnErrorStatementStillFails) {

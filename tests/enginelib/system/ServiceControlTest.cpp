@@ -117,4 +117,20 @@ TEST(ServiceControlTest, Windows9xLogsTheManagerItLacks) {
     EXPECT_TRUE(log.Contains("OpenSCManager failed with code 120"));
 }
 
+// The waits of a run move the machine's clock and nothing else does, so a run writes the same
+// log, scope times included, however busy the host is.
+TEST(ServiceControlTest, ARunLogsTheSameTimesOnEveryHost) {
+    std::string logs[2];
+    for (std::string& text : logs) {
+        TestMachine machine("xp");
+        LogCapture log(machine.Path("engine.log"));
+        ServiceControl fax("", "Fax", ServiceControl::kControlAccess);
+        ASSERT_TRUE(fax.Start());
+        text = log.Text();
+    }
+    EXPECT_EQ(logs[0], logs[1]);
+    // Two pauses of a second each until the fax service runs; the start's own scope adds one.
+    EXPECT_NE(std::string::npos, logs[0].find("TickSpent: 2001")) << logs[0];
+}
+
 } // namespace

@@ -1,5 +1,6 @@
 #include "uninstall/UninstallLog.h"
 
+#include "core/ProductIni.h"
 #include "core/RunState.h"
 #include "support/TestMachine.h"
 
@@ -220,6 +221,52 @@ TEST_F(UninstallLogTest, RemovingAComponentTakesItsKeyAndAllItsSections) {
     EXPECT_TRUE(log.IsComponentInstalled("A"));
 }
 
+TEST_F(UninstallLogTest, ABrandsSectionStaysWhileTheBrandHoldsTheComponent) {
+    log.AddComponent("Driver", "Install", false);
+    log.AddItem(itemtype::File, "Driver", "C:\\drv.dll");
+    for (const char* brand : {"Held", "Gone"}) {
+        log.SetOemProduct(brand);
+        log.AddItem(itemtype::File, "Driver", CStdStr::Formatted("C:\\%s.dll", brand));
+    }
+    log.SetOemProduct("");
+    log.AddOEMSharedBy("Driver", "Held");
+
+    ASSERT_TRUE(log.RemoveComponent("Driver", false));
+    EXPECT_FALSE(log.IsComponentInstalled("Driver"));
+    EXPECT_EQ(nullptr, log.FindSection("Driver_Files,Suite"));
+    EXPECT_EQ(nullptr, log.FindSection("Driver_Files,Suite,Gone"));
+    ASSERT_NE(nullptr, log.FindSection("Driver_Files,Suite,Held"));
+    log.SetOemProduct("Held");
+    EXPECT_EQ(CStdStringList{"C:\\Held.dll"}, items(itemtype::File, "Driver"));
+}
+
+TEST_F(UninstallLogTest, ItemsOfATypeAreOnlyThoseWithItsValue) {
+    log.AddComponent("Tools", "Install", false);
+    log.AddItem(itemtype::File, "Tools", "C:\\Tools\\a.exe");
+    log.AddItem(itemtype::Directory, "Tools", "C:\\Tools");
+    EXPECT_TRUE(log.HasItem(itemtype::File, "Tools", "c:\\tools\\A.EXE"));
+    EXPECT_FALSE(log.HasItem(itemtype::Directory, "Tools", "C:\\Tools\\a.exe"));
+    EXPECT_TRUE(log.HasItem(itemtype::Directory, "Tools", "C:\\Tools"));
+    EXPECT_FALSE(log.HasItem(itemtype::File, "Tools", "C:\\Tools"));
+    EXPECT_EQ(0, log.CountOtherUsers(itemtype::File, "C:\\Tools"));
+}
+
+TEST_F(UninstallLogTest, StartRecordsOfTheOldToolReadWithTheProductsNames) {
+    ASSERT_TRUE(TestMachine::WriteFile(machine.Path("product.ini"),
+                                       "[VARIABLES]\nDynamicNaming=Laser Series\n"
+                                       "PRINTER_FAMILY=Laser\n"));
+    ASSERT_TRUE(ProductIni::LoadProductIni(machine.Path("product.ini")));
+    log.AddComponent("Tools", "Install", false);
+    log.AddItem(itemtype::Shortcut, "Tools", "Programs\\$DynamicNaming$\\Help.lnk");
+    log.AddItem(itemtype::StartFolder, "Tools", "Programs\\$PRINTER_FAMILY$ Tools");
+    log.AddItem(itemtype::File, "Tools", "C:\\$PRINTER_FAMILY$.dll");
+    EXPECT_EQ(CStdStringList{"Programs\\Laser Series\\Help.lnk"},
+              items(itemtype::Shortcut, "Tools"));
+    EXPECT_EQ(CStdStringList{"Programs\\Laser Tools"}, items(itemtype::StartFolder, "Tools"));
+    EXPECT_EQ(CStdStringList{"C:\\$PRINTER_FAMILY$.dll"}, items(itemtype::File, "Tools"));
+    ProductIni::Unload();
+}
+
 TEST_F(UninstallLogTest, ASharedComponentGoesOnlyWithItsLastProduct) {
     log.AddComponent("Common", "Install", true);
     log.AddItem(itemtype::File, "Common", "C:\\common.dll");
@@ -294,6 +341,28 @@ TEST_F(UninstallLogTest, ChangingAComponentMovesItAndItsRecords) {
     EXPECT_EQ(CStdStringList{"C:\\old.dll"}, items(itemtype::File, "New"));
     EXPECT_TRUE(log.IsComponentInstalled("Child"));
     EXPECT_EQ(nullptr, log.FindSection("Old_Files,Suite"));
+}
+
+TEST_F(UninstallLogTest, AComponentThatBecomesSharedLeavesNoRecordUnderItsOldScope) {
+    log.AddComponent("Viewer", "Install", false);
+    log.AddComponent("Other", "Install", false);
+    log.AddComponent("Viewer", "Other", false);
+    log.AddComponent("Plugin", "Viewer", false);
+    log.AddItem(itemtype::File, "Viewer", "C:\\viewer.exe");
+    log.SetOemProduct("Brand");
+    log.AddItem(itemtype::RegValue, "Viewer", "HKLM,Software\\Viewer,x");
+    log.SetOemProduct("");
+
+    ASSERT_TRUE(log.ChangeComponent("Viewer", "Install", "", true));
+    EXPECT_EQ((CStdStringList{"Other,Suite", "Viewer,Valmora"}), keysOf("Install"));
+    EXPECT_TRUE(keysOf("Other,Suite").empty());
+    for (const char* old : {"Viewer,Suite", "Viewer_Files,Suite", "Viewer_Reg,Suite,Brand"}) {
+        EXPECT_EQ(nullptr, log.FindSection(old)) << old;
+    }
+    EXPECT_TRUE(log.IsShared("Viewer"));
+    EXPECT_EQ(CStdStringList{"C:\\viewer.exe"}, items(itemtype::File, "Viewer"));
+    EXPECT_EQ(CStdStringList{"Plugin,Suite"}, keysOf("Viewer,Valmora"));
+    EXPECT_NE(nullptr, log.FindSection("Viewer_Reg,Valmora,Brand"));
 }
 
 TEST_F(UninstallLogTest, AHostComponentTakesOverTheOtherProductsComponents) {
