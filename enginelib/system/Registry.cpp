@@ -29,14 +29,15 @@ private:
     os::HKey mKey;
 };
 
+// One pass over the path: a key path from a script may be very deep.
 CStdStringList SplitKeyPath(const CStdStr& key) {
     CStdStringList parts;
-    CStdStr rest = key;
-    for (int cut = rest.Find('\\'); cut >= 0; cut = rest.Find('\\')) {
-        parts.Add(rest.Left(cut));
-        rest = rest.Mid(cut + 1);
+    size_t start = 0;
+    for (size_t cut = key.find('\\'); cut != CStdStr::npos; cut = key.find('\\', start)) {
+        parts.Add(key.substr(start, cut - start));
+        start = cut + 1;
     }
-    parts.Add(rest);
+    parts.Add(key.substr(start));
     return parts;
 }
 

@@ -22,6 +22,7 @@ bool IniText::Load(const std::string& hostPath, std::string& error) {
 
 void IniText::Parse(const std::string& text) {
     mSections.clear();
+    mIndex.clear();
     Section* current = nullptr;
     std::istringstream in(text);
     std::string line;
@@ -68,21 +69,20 @@ bool IniText::Save(const std::string& hostPath, std::string& error) const {
     return WriteFileAtomically(hostPath, Format(), error);
 }
 
+IniText::Section* IniText::findSection(const std::string& name) const {
+    auto found = mIndex.find(LowerAscii(name));
+    return found == mIndex.end() ? nullptr : const_cast<Section*>(&mSections[found->second]);
+}
+
 const IniText::Section* IniText::FindSection(const std::string& name) const {
-    for (const Section& section : mSections) {
-        if (EqualsNoCase(section.name, name)) {
-            return &section;
-        }
-    }
-    return nullptr;
+    return findSection(name);
 }
 
 IniText::Section& IniText::GetOrAddSection(const std::string& name) {
-    for (Section& section : mSections) {
-        if (EqualsNoCase(section.name, name)) {
-            return section;
-        }
+    if (Section* section = findSection(name)) {
+        return *section;
     }
+    mIndex.emplace(LowerAscii(name), mSections.size());
     mSections.push_back({name, {}});
     return mSections.back();
 }
@@ -130,15 +130,14 @@ void IniText::Set(const std::string& section, const std::string& key, const std:
 }
 
 bool IniText::Remove(const std::string& section, const std::string& key) {
-    for (Section& candidate : mSections) {
-        if (!EqualsNoCase(candidate.name, section)) {
-            continue;
-        }
-        for (auto it = candidate.entries.begin(); it != candidate.entries.end(); ++it) {
-            if (EqualsNoCase(it->key, key)) {
-                candidate.entries.erase(it);
-                return true;
-            }
+    Section* candidate = findSection(section);
+    if (candidate == nullptr) {
+        return false;
+    }
+    for (auto it = candidate->entries.begin(); it != candidate->entries.end(); ++it) {
+        if (EqualsNoCase(it->key, key)) {
+            candidate->entries.erase(it);
+            return true;
         }
     }
     return false;

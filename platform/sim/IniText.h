@@ -3,8 +3,10 @@
 // the engine's INI model, which lives above the seam.
 #pragma once
 
+#include <deque>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace sim {
@@ -36,14 +38,21 @@ public:
     bool Remove(const std::string& section, const std::string& key);
 
     const Section* FindSection(const std::string& name) const;
+    // The reference stays valid while the model lives: sections are only ever added.
     Section& GetOrAddSection(const std::string& name);
-    const std::vector<Section>& Sections() const { return mSections; }
+    const std::deque<Section>& Sections() const { return mSections; }
 
     // A header comment written before the first section.
     void SetHeaderComment(const std::string& comment) { mHeader = comment; }
 
 private:
-    std::vector<Section> mSections;
+    Section* findSection(const std::string& name) const;
+
+    // In file order; a deque, so that adding a section moves none of the others.
+    std::deque<Section> mSections;
+    // Positions of the sections by their name folded to lower case: a state file may hold a
+    // great many of them.
+    std::unordered_map<std::string, size_t> mIndex;
     std::string mHeader;
 };
 

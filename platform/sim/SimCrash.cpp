@@ -7,6 +7,7 @@
 #include <atomic>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <execinfo.h>
 #include <unistd.h>
@@ -25,13 +26,36 @@ void OnFatalSignal(int signal, siginfo_t* info, void*) {
     ::raise(signal);
 }
 
+// A stack overflow leaves no stack for the handler: it runs on a stack of its own, one for each
+// thread that installs the filter (the thread that runs the install). The stack is never freed,
+// since a signal may come at any time until the thread ends.
+void UseAlternateSignalStack() {
+    constexpr size_t kSize = 256 * 1024;
+    thread_local void* stack = nullptr;
+    if (stack != nullptr) {
+        return;
+    }
+    stack = std::malloc(kSize);
+    if (stack == nullptr) {
+        return;
+    }
+    stack_t alternate{};
+    alternate.ss_sp = stack;
+    alternate.ss_size = kSize;
+    if (::sigaltstack(&alternate, nullptr) != 0) {
+        std::free(stack);
+        stack = nullptr;
+    }
+}
+
 } // namespace
 
 void SetUnhandledExceptionFilter(CrashFilter filter) {
     gFilter.store(filter);
+    UseAlternateSignalStack();
     struct sigaction action {};
     action.sa_sigaction = OnFatalSignal;
-    action.sa_flags = SA_SIGINFO | SA_RESETHAND;
+    action.sa_flags = SA_SIGINFO | SA_RESETHAND | SA_ONSTACK;
     sigemptyset(&action.sa_mask);
     for (int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT}) {
         ::sigaction(signal, &action, nullptr);

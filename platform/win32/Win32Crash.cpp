@@ -13,10 +13,27 @@ LONG WINAPI Forward(EXCEPTION_POINTERS* pointers) {
     return gFilter != nullptr ? gFilter(pointers) : EXCEPTION_CONTINUE_SEARCH;
 }
 
+// After a stack overflow the filter runs on what is left of the thread's stack: a guarantee
+// keeps enough of it back for the dump to be written. The call exists from Windows Server 2003
+// SP1 and Vista on, and is looked up so that the library still loads on older systems.
+void GuaranteeStackForTheFilter() {
+    using Guarantee = BOOL(WINAPI*)(PULONG);
+    HMODULE kernel = ::GetModuleHandleA("kernel32.dll");
+    auto guarantee = kernel == nullptr
+                             ? nullptr
+                             : reinterpret_cast<Guarantee>(reinterpret_cast<void*>(
+                                       ::GetProcAddress(kernel, "SetThreadStackGuarantee")));
+    if (guarantee != nullptr) {
+        ULONG size = 64 * 1024;
+        guarantee(&size);
+    }
+}
+
 } // namespace
 
 void SetUnhandledExceptionFilter(CrashFilter filter) {
     gFilter = filter;
+    GuaranteeStackForTheFilter();
     ::SetUnhandledExceptionFilter(Forward);
 }
 

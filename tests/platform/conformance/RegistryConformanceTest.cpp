@@ -20,6 +20,8 @@ protected:
     TestMachine machine;
     std::string base = "Software\\EngineConformance" + std::to_string(GetCurrentProcessId());
 
+    // A key of this process's id may be left by an earlier run that ended half-way.
+    void SetUp() override { wipe(hkey::CurrentUser, base); }
     void TearDown() override { wipe(hkey::CurrentUser, base); }
 
     void wipe(HKey root, const std::string& path) {
@@ -27,16 +29,26 @@ protected:
         if (RegOpenKeyEx(root, path, regaccess::AllAccess, key) != error::Success) {
             return;
         }
+        wipeBelow(key);
+        RegCloseKey(key);
+        RegDeleteKey(root, path);
+    }
+
+    // Through handles, one level at a time: a chain too deep to open by its whole path goes too.
+    void wipeBelow(HKey key) {
         std::vector<std::string> children;
         std::string name;
         for (std::uint32_t i = 0; RegEnumKeyEx(key, i, name) == error::Success; ++i) {
             children.push_back(name);
         }
-        RegCloseKey(key);
         for (const std::string& child : children) {
-            wipe(root, path + "\\" + child);
+            HKey below = 0;
+            if (RegOpenKeyEx(key, child, regaccess::AllAccess, below) == error::Success) {
+                wipeBelow(below);
+                RegCloseKey(below);
+            }
+            RegDeleteKey(key, child);
         }
-        RegDeleteKey(root, path);
     }
 
     HKey create(const std::string& sub) {
