@@ -62,9 +62,15 @@ int EnhanceFile::singleCopy(const CStdStr& source, const CStdStr& target, bool a
         return result;
     };
 
-    if (!FileOp::createPath(mLastTarget, allowComma)) {
+    CStdStr folder = PathObject(mLastTarget).GetDirectory();
+    std::string folderKey = CStdStr(folder).MakeLower();
+    bool folderKnown = mKnownFolders != nullptr && mKnownFolders->count(folderKey) != 0;
+    if (!folderKnown && !FileOp::createPath(mLastTarget, allowComma)) {
         scope.Log(kMask, "Failed to create path");
         return finish(Failed);
+    }
+    if (mKnownFolders != nullptr && !folder.empty()) {
+        mKnownFolders->insert(folderKey);
     }
 
     if (!mKeepCompressed && Uncompress::IsFileCompressed(source)) {
@@ -103,13 +109,24 @@ int EnhanceFile::singleCopy(const CStdStr& source, const CStdStr& target, bool a
         }
     }
 
-    if (!FileOp::Copy(source, mLastTarget,
-                      FileOp::SharingMeansInUse | FileOp::CompareBeforeInUse)) {
+    const int copyFlags = FileOp::SharingMeansInUse | FileOp::CompareBeforeInUse;
+    bool copied = FileOp::Copy(source, mLastTarget, copyFlags);
+    if (!copied && folderKnown && !FileOp::IsDirectory(folder)) {
+        // The folder went away since this action last saw it: it is made again.
+        mKnownFolders->erase(folderKey);
+        copied = FileOp::createPath(mLastTarget, allowComma) &&
+                 FileOp::Copy(source, mLastTarget, copyFlags);
+    }
+    if (!copied) {
         scope.Log(kMask, "could not copy file %s", source.c_str());
         return finish(Failed);
     }
+    // The copy has the source's attributes: a source known to be writable leaves nothing to
+    // clear.
+    bool sourceWritable = mSourceAttributes != os::attr::Invalid &&
+                          (mSourceAttributes & os::attr::ReadOnly) == 0;
     std::uint32_t attributes = 0;
-    if (os::GetFileAttributes(mLastTarget, attributes) == os::error::Success &&
+    if (!sourceWritable && os::GetFileAttributes(mLastTarget, attributes) == os::error::Success &&
         (attributes & os::attr::ReadOnly) != 0) {
         std::uint32_t cleared = attributes & ~os::attr::ReadOnly;
         os::SetFileAttributes(mLastTarget, cleared == 0 ? os::attr::Normal : cleared);

@@ -4,6 +4,10 @@
 
 #include "core/CStdStr.h"
 
+#include <cstdint>
+#include <string>
+#include <unordered_set>
+
 class EnhanceFile {
 public:
     enum CopyResult { Failed = 0, NotCopied = 1, Copied = 2 };
@@ -20,6 +24,11 @@ public:
     bool deleteDirectory(const CStdStr& path);
 
     void SetWipeOutFolder(bool wipeOut) { mWipeOutFolder = wipeOut; }
+    // The target folders that the caller's action already found or made (folded), shared by
+    // its copies, so that a folder is asked after once per action and not once per file.
+    void SetKnownFolders(std::unordered_set<std::string>* folders) { mKnownFolders = folders; }
+    // The source's attributes, when the caller has them from a folder listing.
+    void SetSourceAttributes(std::uint32_t attributes) { mSourceAttributes = attributes; }
     const CStdStr& GetLastTarget() const { return mLastTarget; }
 
 private:
@@ -30,4 +39,6 @@ private:
     bool mDoVersionCheck;
     bool mWipeOutFolder = true;
     CStdStr mLastTarget;
+    std::unordered_set<std::string>* mKnownFolders = nullptr;
+    std::uint32_t mSourceAttributes = 0xFFFFFFFF; // not known
 };

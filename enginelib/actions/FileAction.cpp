@@ -84,6 +84,7 @@ bool FileAction::Perform(CStdStr) {
               static_cast<int>(mOperation), mFilePath.c_str(), mTargetPath.c_str(),
               mDoVersionCheck ? 1 : 0);
     mUnitsReported = false;
+    mKnownFolders.clear();
     CStdStr package = RunState::GetPackageDir();
     bool ok = package.empty() ? run(true) : runForPackage(package);
     scope.SetResult(ok);
@@ -154,7 +155,8 @@ bool FileAction::run(bool flag) {
     }
 }
 
-bool FileAction::simpleCopy(const CStdStr& source, const CStdStr& target, bool flag) {
+bool FileAction::simpleCopy(const CStdStr& source, const CStdStr& target, bool flag,
+                            std::uint32_t sourceAttributes) {
     if (!flag) {
         ++mUnits;
         return true;
@@ -166,6 +168,8 @@ bool FileAction::simpleCopy(const CStdStr& source, const CStdStr& target, bool f
         reporter->AddCurrentUnits(1);
     }
     EnhanceFile worker(mKeepCompressed, mDoVersionCheck);
+    worker.SetKnownFolders(&mKnownFolders);
+    worker.SetSourceAttributes(sourceAttributes);
     int rc = worker.singleCopy(source, target, mAllowComma);
     scope.Log(kMask, "%s <%s>", target.c_str(),
               rc == EnhanceFile::Failed      ? "failed."
@@ -202,7 +206,8 @@ bool FileAction::copySomeOrAllFiles(const CStdStr& source, const CStdStr& target
         if (finder.IsDots() || finder.IsDirectory() || target.empty()) {
             continue;
         }
-        simpleCopy(folder + finder.GetCurrent(), Child(target, finder.GetCurrent()), flag);
+        simpleCopy(folder + finder.GetCurrent(), Child(target, finder.GetCurrent()), flag,
+                   finder.GetAttributes());
     }
     scope.SetResult(true);
     return true;
@@ -232,7 +237,7 @@ bool FileAction::recursivelyCopyAllFiles(const CStdStr& source, const CStdStr& t
         if (finder.IsDirectory()) {
             recursivelyCopyAllFiles(from, to, flag);
         } else {
-            simpleCopy(from, to, flag);
+            simpleCopy(from, to, flag, finder.GetAttributes());
         }
     }
     scope.SetResult(true);

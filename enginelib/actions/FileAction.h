@@ -8,6 +8,9 @@
 #include "actions/Action.h"
 #include "core/CStdStringList.h"
 
+#include <string>
+#include <unordered_set>
+
 class FileAction : public Action {
 public:
     enum Operation {
@@ -48,7 +51,9 @@ private:
     // folder, and nothing of the machine is deleted.
     bool runForPackage(const CStdStr& packageFolder);
 
-    bool simpleCopy(const CStdStr& source, const CStdStr& target, bool flag);
+    // `sourceAttributes`: the source's attributes when a folder listing gave them.
+    bool simpleCopy(const CStdStr& source, const CStdStr& target, bool flag,
+                    std::uint32_t sourceAttributes = 0xFFFFFFFF);
     bool copyWhat(const CStdStr& source, const CStdStr& target, bool flag);
     bool copySomeOrAllFiles(const CStdStr& source, const CStdStr& target, bool flag);
     bool recursivelyCopyWhat(const CStdStr& source, const CStdStr& target, bool flag);
@@ -74,4 +79,6 @@ private:
     bool mUnitsReported = false;
     bool mAllowComma = false;
     CStdStr mFileName;
+    // The target folders this run of the action found or made, folded.
+    std::unordered_set<std::string> mKnownFolders;
 };

@@ -3,6 +3,21 @@
 #include "script/IniFile.h"
 #include "system/DebugLogger.h"
 
+#include <algorithm>
+
+std::size_t IniNameHash::operator()(const std::string& name) const {
+    // FNV-1a over the length and the last folded bytes: the names of one section (paths above
+    // all) tend to share their beginnings and differ towards their ends.
+    constexpr std::size_t kTail = 32;
+    std::uint64_t hash = 14695981039346656037ull ^ name.size();
+    std::size_t first = name.size() > kTail ? name.size() - kTail : 0;
+    for (std::size_t i = first; i < name.size(); ++i) {
+        hash ^= static_cast<unsigned char>(CStdStr::ToLower(name[i]));
+        hash *= 1099511628211ull;
+    }
+    return static_cast<std::size_t>(hash);
+}
+
 IniSection::IniSection(const CStdStr& name) : mName(name) {}
 
 IniSection::~IniSection() = default;
@@ -56,12 +71,11 @@ bool IniSection::GetCurrentValueWithDups(CStdStr& name, CStdStr& value) {
 }
 
 void IniSection::AddValue(const CStdStr& name, const CStdStr& value) {
-    auto found = mValues.find(name);
-    if (found == mValues.end()) {
+    auto [entry, added] = mValues.try_emplace(name, value);
+    if (added) {
         mNames.push_back(name);
-        mValues.emplace(name, value);
     } else {
-        found->second = value;
+        entry->second = value;
     }
     mOccurrences.emplace_back(name, value);
 }
@@ -86,30 +100,40 @@ void IniSection::Next() {
     ++mIdCursor;
 }
 
+std::vector<CStdStr> IniSection::sortedNames() const {
+    std::vector<CStdStr> names;
+    names.reserve(mValues.size());
+    for (const auto& entry : mValues) {
+        names.push_back(entry.first);
+    }
+    std::sort(names.begin(), names.end(), NoCaseLess());
+    return names;
+}
+
 void IniSection::Merge(const IniSection& other, bool overwrite) {
-    for (const auto& [name, value] : other.mValues) {
+    for (const CStdStr& name : other.sortedNames()) {
         if (overwrite || mValues.find(name) == mValues.end()) {
-            AddValue(name, value);
+            AddValue(name, other.mValues.at(name));
         }
     }
 }
 
 void IniSection::ReplaceText(const CStdStr& from, const CStdStr& to, bool withNames) {
-    std::vector<std::pair<CStdStr, CStdStr>> renames;
-    for (auto& [name, value] : mValues) {
-        value.Replace(from.c_str(), to.c_str());
-        if (withNames) {
-            CStdStr renamed = name;
-            if (renamed.Replace(from.c_str(), to.c_str()) > 0) {
-                renames.emplace_back(name, renamed);
-            }
-        }
+    for (auto& entry : mValues) {
+        entry.second.Replace(from.c_str(), to.c_str());
     }
     for (auto& occurrence : mOccurrences) {
         occurrence.second.Replace(from.c_str(), to.c_str());
     }
     if (!withNames) {
         return;
+    }
+    std::vector<std::pair<CStdStr, CStdStr>> renames;
+    for (const CStdStr& name : sortedNames()) {
+        CStdStr renamed = name;
+        if (renamed.Replace(from.c_str(), to.c_str()) > 0) {
+            renames.emplace_back(name, renamed);
+        }
     }
     for (const auto& [oldName, newName] : renames) {
         auto found = mValues.find(oldName);

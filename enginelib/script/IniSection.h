@@ -1,16 +1,26 @@
 // One section of an INI-shaped file, with three views of its lines: the distinct names in order
-// of first appearance, a map from name to the last value given, and every line in file order,
-// duplicates included.
+// of first appearance, a hash map from name to the last value given, and every line in file
+// order, duplicates included.
 #pragma once
 
 #include "core/CStdStringList.h"
 
 #include <cstdint>
-#include <map>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
 class IniFile;
+
+// Hashes and compares names without regard to case, as the sections' names are compared.
+struct IniNameHash {
+    std::size_t operator()(const std::string& name) const;
+};
+struct IniNameEqual {
+    bool operator()(const std::string& a, const std::string& b) const {
+        return a.size() == b.size() && CStdStr::CompareNoCase(a, b) == 0;
+    }
+};
 
 class IniSection {
 public:
@@ -49,13 +59,20 @@ protected:
     const CStdStr* findValue(const CStdStr& name) const;
 
 private:
+    // The distinct names ordered without regard to case: the order in which merges and
+    // renames take them, so that their outcome does not depend on how names were added.
+    std::vector<CStdStr> sortedNames() const;
+
+private:
     friend class IniFile;
 
     CStdStr mName;
     std::uint32_t mValueCursor = 0;
     std::int32_t mIdCursor = 0;
     std::vector<CStdStr> mNames;
-    std::map<CStdStr, CStdStr, NoCaseLess> mValues;
+    // Sections of uninstall logs hold many thousand names with long common beginnings: a hash
+    // finds one without comparing it with a dozen others.
+    std::unordered_map<CStdStr, CStdStr, IniNameHash, IniNameEqual> mValues;
     std::vector<std::pair<CStdStr, CStdStr>> mOccurrences; // the ID is the position
     IniFile* mOwner = nullptr;
 };

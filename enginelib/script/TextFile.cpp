@@ -53,9 +53,11 @@ bool TextFile::Open(const CStdStr& path, int mode, int encoding) {
         ENGINE_LOG(0, "Open of %s failed.", path.c_str());
         return false;
     }
+    mBuffer.clear();
+    mPosition = 0;
     if (mEncoding == Utf16 && mode == Read) {
-        std::fgetc(mFile);
-        std::fgetc(mFile);
+        nextByte();
+        nextByte();
     } else if (mEncoding == Utf16 && mode == Write) {
         std::fputc(0xFF, mFile);
         std::fputc(0xFE, mFile);
@@ -71,15 +73,19 @@ bool TextFile::ReadString(CStdStr& line) {
     bool atEnd = false;
     if (mEncoding == SingleByte) {
         for (;;) {
-            int c = std::fgetc(mFile);
-            if (c == EOF) {
+            if (mPosition >= mBuffer.size() && !fillBuffer()) {
                 atEnd = true;
                 break;
             }
-            if (c == '\n') {
-                break;
+            std::size_t end = mBuffer.find('\n', mPosition);
+            if (end == std::string::npos) {
+                line.append(mBuffer, mPosition, std::string::npos);
+                mPosition = mBuffer.size();
+                continue;
             }
-            line += static_cast<char>(c);
+            line.append(mBuffer, mPosition, end - mPosition);
+            mPosition = end + 1;
+            break;
         }
         if (!line.empty() && line.back() == '\r') {
             line.pop_back();
@@ -87,8 +93,8 @@ bool TextFile::ReadString(CStdStr& line) {
     } else if (mEncoding == Utf16) {
         std::u16string units;
         for (;;) {
-            int low = std::fgetc(mFile);
-            int high = low == EOF ? EOF : std::fgetc(mFile);
+            int low = nextByte();
+            int high = low == EOF ? EOF : nextByte();
             if (high == EOF) {
                 atEnd = true;
                 break;
@@ -133,9 +139,27 @@ bool TextFile::WriteString(const CStdStr& text) {
     return false;
 }
 
+bool TextFile::fillBuffer() {
+    constexpr std::size_t kBlock = 65536;
+    mBuffer.resize(kBlock);
+    std::size_t got = std::fread(mBuffer.data(), 1, kBlock, mFile);
+    mBuffer.resize(got);
+    mPosition = 0;
+    return got > 0;
+}
+
+int TextFile::nextByte() {
+    if (mPosition >= mBuffer.size() && !fillBuffer()) {
+        return EOF;
+    }
+    return static_cast<unsigned char>(mBuffer[mPosition++]);
+}
+
 void TextFile::Close() {
     if (mFile != nullptr) {
         std::fclose(mFile);
         mFile = nullptr;
     }
+    mBuffer.clear();
+    mPosition = 0;
 }

@@ -5,6 +5,7 @@
 #include "core/CStdStr.h"
 
 #include <cstdio>
+#include <string>
 
 class TextFile {
 public:
@@ -28,6 +29,13 @@ public:
     bool IsOpen() const { return mFile != nullptr; }
 
 private:
+    // The next byte of the file, or EOF; read through a block buffer, as a byte at a time from
+    // the stream would take the stream's lock for every byte.
+    int nextByte();
+    bool fillBuffer();
+
     int mEncoding = SingleByte;
     std::FILE* mFile = nullptr;
+    std::string mBuffer;
+    std::size_t mPosition = 0;
 };

@@ -10,6 +10,16 @@ namespace sim {
 
 class HostFile {
 public:
+    // What a directory listing tells of a file, asked of the host in one go.
+    struct Facts {
+        bool isDirectory = false;
+        std::uint32_t attributes = 0;
+        os::FileTimes times;
+        std::uint64_t size = 0;
+    };
+    // False when the host has no such file.
+    static bool Examine(const std::string& hostPath, Facts& facts);
+
     // The Windows attributes of a host file. Read-only, hidden, system and archive bits live in
     // an extended attribute of the file; without one a file is archive, and read-only when its
     // owner may not write it.
@@ -20,7 +30,8 @@ public:
     static bool SetTimes(const std::string& hostPath, const os::FileTimes& times);
     static std::uint64_t Size(const std::string& hostPath);
 
-    // Copies contents, last write time and attributes, as CopyFile does.
+    // Copies contents, last write time and attributes, as CopyFile does, over one open file
+    // of each side.
     static os::Error Copy(const std::string& from, const std::string& to);
     // A rename, or a copy and delete across host file systems.
     static os::Error Move(const std::string& from, const std::string& to);

@@ -134,19 +134,23 @@ bool MatchPattern(const std::string& pattern, const std::string& name) {
 FindData Describe(MachineCall& machine, const std::string& hostPath, const std::string& name,
                   const std::string& shortName) {
     FindData data;
-    struct stat info;
-    bool isLink = ::lstat(hostPath.c_str(), &info) == 0 && S_ISLNK(info.st_mode);
-    bool isDirectory = ::stat(hostPath.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
-    // A link is described by itself, as the reparse point Windows lists, not by its target.
-    data.attributes = isLink ? attr::ReparsePoint | (isDirectory ? attr::Directory : 0)
-                             : HostFile::Attributes(hostPath, isDirectory);
-    FileTimes times;
-    if (!isLink && HostFile::Times(hostPath, times)) {
-        data.creationTime = times.creation;
-        data.lastAccessTime = times.lastAccess;
-        data.lastWriteTime = times.lastWrite;
+    struct stat link;
+    HostFile::Facts facts;
+    if (::lstat(hostPath.c_str(), &link) == 0 && S_ISLNK(link.st_mode)) {
+        // A link is described by itself, as the reparse point Windows lists, not by its target.
+        struct stat target;
+        bool isDirectory = ::stat(hostPath.c_str(), &target) == 0 && S_ISDIR(target.st_mode);
+        data.attributes = attr::ReparsePoint | (isDirectory ? attr::Directory : 0);
+    } else if (HostFile::Examine(hostPath, facts)) {
+        data.attributes = facts.attributes;
+        data.creationTime = facts.times.creation;
+        data.lastAccessTime = facts.times.lastAccess;
+        data.lastWriteTime = facts.times.lastWrite;
+        data.size = facts.size;
+    } else {
+        // A name that went away while the folder was listed.
+        data.attributes = HostFile::Attributes(hostPath, false);
     }
-    data.size = isDirectory || isLink ? 0 : HostFile::Size(hostPath);
     data.fileName = machine->ToAnsi(name);
     data.alternateFileName = shortName == name ? "" : machine->ToAnsi(shortName);
     return data;

@@ -216,4 +216,22 @@ TEST_F(InstallcliTest, ServicesAreListedWithTheirStateAndDependencies) {
     EXPECT_NE(std::string::npos, old.output.find("has no service control manager"));
 }
 
+TEST_F(InstallcliTest, ModelsAndOneModelThroughTheExports) {
+    std::string dir = machine("xp");
+    std::string script = package("[Install]\nTools=1\n");
+    std::ofstream(root / "pkg" / "laser.inf")
+            << "[Version]\r\nQM_DRV_OS=2000\r\n[Manufacturer]\r\nValmora=Models\r\n"
+               "[Models]\r\n\"Laser 5 (PS)\"=PS\r\n[PS]\r\nQM_DRV_INFO=DATA\r\n"
+               "[DATA]\r\nQM_DRV_TYPE=PS\r\nQM_DRV_NETSUPPORT=1\r\n";
+    Result models = run("models --machine " + dir + " " + script);
+    EXPECT_EQ(0, models.code) << models.output;
+    EXPECT_NE(std::string::npos, models.output.find("Laser 5\n")) << models.output;
+    Result one = run("model --machine " + dir + " " + script + " 'Laser 5'");
+    EXPECT_EQ(0, one.code) << one.output;
+    EXPECT_NE(std::string::npos, one.output.find("Streams:       PS")) << one.output;
+    EXPECT_NE(std::string::npos, one.output.find("Network level: 1")) << one.output;
+    EXPECT_EQ(1, run("model --machine " + dir + " " + script + " Nothing").code);
+    EXPECT_EQ(2, run("model " + script).code);
+}
+
 } // namespace

@@ -47,6 +47,60 @@ int EngineRunner::Validate(const std::string& script) {
     return valid ? 0 : 1;
 }
 
+namespace {
+
+// A string export's answer, the buffer grown while the export says it is too small.
+template <class Call>
+int GrowingAnswer(std::string& text, Call call) {
+    for (std::uint32_t size = 4096; size <= (1u << 24); size *= 4) {
+        std::string buffer(size, '\0');
+        int result = call(buffer.data(), size);
+        if (result != ENG_BUFFER_TOO_SMALL) {
+            text = buffer.c_str();
+            return result;
+        }
+    }
+    return ENG_BUFFER_TOO_SMALL;
+}
+
+} // namespace
+
+int EngineRunner::Models(const std::string& script) {
+    std::string models;
+    int result = GrowingAnswer(models, [&](char* buffer, std::uint32_t size) {
+        return GetAvailableModelsA(script.c_str(), buffer, size);
+    });
+    std::printf("%s", models.c_str());
+    if (result != 0) {
+        std::printf("%s: no models\n", script.c_str());
+    }
+    return result == 0 ? 0 : 1;
+}
+
+int EngineRunner::Model(const std::string& script, const std::string& model) {
+    std::string ignored;
+    GrowingAnswer(ignored, [&](char* buffer, std::uint32_t size) {
+        return GetAvailableModelsA(script.c_str(), buffer, size);
+    });
+    std::uint32_t level = 0;
+    std::string streams(4096, '\0');
+    std::string folder(4096, '\0');
+    int result = GetModelInfoA(model.c_str(), 7, &level, streams.data(), 4096, folder.data(), 4096);
+    if (result != 0) {
+        std::printf("%s: not installable on this system\n", model.c_str());
+        return 1;
+    }
+    std::string list = streams.c_str();
+    for (char& c : list) {
+        c = c == '\n' ? ' ' : c;
+    }
+    std::printf("Model:         %s\n", model.c_str());
+    std::printf("Streams:       %s\n", list.c_str());
+    std::printf("INF folder:    %s\n", folder.c_str()[0] != '\0' ? folder.c_str() : "(the package's)");
+    std::printf("Network level: %u\n", level);
+    return 0;
+}
+
 int EngineRunner::Run(const RunRequest& request) {
     Prepare(request);
     std::atomic<bool> done{false};

@@ -30,6 +30,8 @@ const char* const kUsage =
         "\n"
         "Commands:\n"
         "  validate SCRIPT          is the install script valid? (ValidateScript)\n"
+        "  models SCRIPT            the models the package offers here (GetAvailableModels)\n"
+        "  model SCRIPT NAME        one model's streams, INF folder, network level (GetModelInfo)\n"
         "  install SCRIPT           run the install of a script (DoInstall)\n"
         "  uninstall SCRIPT         run the uninstall of a script (DoUninstall)\n"
 #ifndef _WIN32
@@ -78,11 +80,13 @@ int main(int argc, char** argv) {
     }
 #endif
     bool run = line.command == "install" || line.command == "uninstall";
-    if (!run && line.command != "validate") {
+    bool models = line.command == "models" || line.command == "model";
+    if (!run && !models && line.command != "validate") {
         return UsageError("unknown command " + line.command);
     }
-    if (line.positional.size() != 1) {
-        return UsageError(line.command + " takes one script");
+    if (line.command == "model" ? line.positional.size() != 2 : line.positional.size() != 1) {
+        return UsageError(line.command == "model" ? "model takes a script and a model name"
+                                                  : line.command + " takes one script");
     }
 #ifndef _WIN32
     std::string machine = MachineCommands::SelectMachine(line);
@@ -126,6 +130,12 @@ int main(int argc, char** argv) {
 #endif
     if (line.command == "validate") {
         return EngineRunner::Validate(script);
+    }
+    if (line.command == "models") {
+        return EngineRunner::Models(script);
+    }
+    if (line.command == "model") {
+        return EngineRunner::Model(script, line.positional[1]);
     }
     int code = EngineRunner::Run(request);
 #ifndef _WIN32

@@ -211,6 +211,29 @@ TEST_F(FileActionTest, RecursiveCopiesTakeTheTree) {
     EXPECT_FALSE(make({"COPYRECURSIVE", path("nowhere"), path("dst\\x")}).Perform(""));
 }
 
+TEST_F(FileActionTest, ATreeCopiedAgainAfterItsFoldersWentAwayIsWholeAndWritable) {
+    ASSERT_EQ(os::error::Success, os::CreateDirectory(path("src\\sub")));
+    write("src\\one.txt", "one");
+    write("src\\two.txt", "two");
+    write("src\\sub\\ro.txt", "ro");
+    ASSERT_EQ(os::error::Success,
+              os::SetFileAttributes(path("src\\sub\\ro.txt"), os::attr::ReadOnly));
+    FileAction tree = make({"COPYRECURSIVE", path("src"), path("dst\\tree")});
+    for (int round = 0; round < 2; ++round) {
+        ASSERT_TRUE(tree.Perform("")) << round;
+        EXPECT_EQ("one", read(path("dst\\tree\\one.txt")));
+        EXPECT_EQ("two", read(path("dst\\tree\\two.txt")));
+        std::uint32_t attributes = 0;
+        ASSERT_EQ(os::error::Success,
+                  os::GetFileAttributes(path("dst\\tree\\sub\\ro.txt"), attributes));
+        EXPECT_EQ(0u, attributes & os::attr::ReadOnly);
+        EXPECT_EQ(os::error::Success,
+                  os::GetFileAttributes(path("dst\\tree\\one.txt"), attributes));
+        // The folders the first round made are gone before the second.
+        ASSERT_TRUE(FileOp::WipeOutDirectory(path("dst\\tree")));
+    }
+}
+
 TEST_F(FileActionTest, MultiCopyFillsEverySubfolderOfTheTarget) {
     write("src\\a.txt", "a");
     write("src\\b.txt", "b");

@@ -199,13 +199,36 @@ TEST_F(IniFileTest, SetValueRefusesEmptyNamesAndDirectoryIsCached) {
 }
 
 TEST_F(IniFileTest, MergeAddsOrOverwrites) {
-    auto file = read("[A]\nx=1\ny=2\n[B]\ny=3\nz=4\n");
+    auto file = read("[A]\nx=1\ny=2\n[B]\ny=3\nz=4\nW=5\n");
     IniSection* a = file->FindSection("A");
     a->Merge(*file->FindSection("B"), false);
     EXPECT_EQ("2", file->GetValue("A", "y"));
     EXPECT_EQ("4", file->GetValue("A", "z"));
+    // The names it adds come in order without regard to case, whatever order they had.
+    EXPECT_EQ((std::vector<CStdStr>{"x", "y", "W", "z"}), a->Names());
     a->Merge(*file->FindSection("B"), true);
     EXPECT_EQ("3", file->GetValue("A", "y"));
+}
+
+TEST_F(IniFileTest, ManyNamesWithOneBeginningAreFoundWithoutRegardToCase) {
+    std::string text = "[Files]\n";
+    for (int i = 0; i < 3000; ++i) {
+        text += CStdStr::Formatted("C:\\Program Files\\Suite\\Component\\File%04d.dll=%d\n", i, i);
+    }
+    auto file = read(text);
+    IniSection* files = file->FindSection("files");
+    ASSERT_NE(nullptr, files);
+    EXPECT_EQ(3000u, files->ValueCount());
+    EXPECT_EQ("1234", file->GetValue("Files", "c:\\PROGRAM FILES\\suite\\component\\file1234.DLL"));
+    EXPECT_EQ("", file->GetValue("Files", "C:\\Program Files\\Suite\\Component\\File3000.dll"));
+    // The first spelling stays the name; a later one only sets the value.
+    files->AddValue("C:\\PROGRAM FILES\\SUITE\\COMPONENT\\FILE0007.DLL", "new");
+    EXPECT_EQ(3000u, files->ValueCount());
+    EXPECT_EQ("C:\\Program Files\\Suite\\Component\\File0007.dll", files->Names()[7]);
+    EXPECT_EQ("new", file->GetValue("Files", "c:\\program files\\suite\\component\\file0007.dll"));
+    files->RemoveValue("c:\\program files\\suite\\component\\file0007.dll");
+    EXPECT_FALSE(files->HasValue("C:\\Program Files\\Suite\\Component\\File0007.dll"));
+    EXPECT_EQ(2999u, files->ValueCount());
 }
 
 } // namespace

@@ -31,6 +31,26 @@ TEST_F(TextFileTest, LinesLoseOneTrailingCarriageReturnOnly) {
     EXPECT_TRUE(lines("").empty());
 }
 
+TEST_F(TextFileTest, LinesAcrossTheReadBlocksComeWhole) {
+    // Lines longer than a block, and a CR LF pair and UTF-16 units cut by a block's end.
+    std::string longLine(200000, 'x');
+    std::string bytes = longLine + "\r\n";
+    std::string cutLine(4 * 65536 - 1 - bytes.size(), 'y');
+    bytes += cutLine + "\r\nshort\r\n" + longLine;
+    ASSERT_EQ('\r', bytes[4 * 65536 - 1]);
+    EXPECT_EQ((std::vector<CStdStr>{longLine, cutLine, "short", longLine}), lines(bytes));
+
+    std::string wide = "\xFF\xFE";
+    for (int i = 0; i < 40000; ++i) {
+        wide += std::string("a\0", 2);
+    }
+    wide += std::string("\r\0\n\0b\0", 6);
+    std::vector<CStdStr> units = lines(wide);
+    ASSERT_EQ(2u, units.size());
+    EXPECT_EQ(std::string(40000, 'a'), units[0]);
+    EXPECT_EQ("b", units[1]);
+}
+
 TEST_F(TextFileTest, Utf16RoundTripsThroughTheCodePage) {
     std::string path = machine.Path("wide.txt");
     TextFile out;
