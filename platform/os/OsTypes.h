@@ -58,6 +58,7 @@ constexpr std::uint32_t Directory = 0x10;
 constexpr std::uint32_t Archive = 0x20;
 constexpr std::uint32_t Normal = 0x80;
 constexpr std::uint32_t Temporary = 0x100;
+constexpr std::uint32_t ReparsePoint = 0x400;
 constexpr std::uint32_t Invalid = 0xFFFFFFFF;
 } // namespace attr
 

@@ -138,7 +138,7 @@ void RunWinInit(SimMachine& machine, std::vector<std::string>& report) {
     std::string path = machine.Identity().windowsDirectory + "\\WININIT.INI";
     HostLocation location;
     std::string text;
-    if (!Locate(machine, path, location) || !location.exists ||
+    if (!Locate(machine, path, location) || !location.exists || location.Openable() != 0 ||
         !ReadWholeFile(location.hostPath, text)) {
         return;
     }
@@ -227,7 +227,7 @@ std::string BatchOf(const std::string& command) {
 void RunBatch(SimMachine& machine, const std::string& batch, std::vector<std::string>& report) {
     HostLocation location;
     std::string text;
-    if (!Locate(machine, batch, location) || !location.exists ||
+    if (!Locate(machine, batch, location) || !location.exists || location.Openable() != 0 ||
         !ReadWholeFile(location.hostPath, text)) {
         report.push_back("batch file not found: " + batch);
         return;

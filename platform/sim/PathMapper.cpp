@@ -1,10 +1,10 @@
 #include "sim/PathMapper.h"
 
-#include "sim/ShortNames.h"
 #include "sim/Text.h"
 
 #include <algorithm>
-#include <dirent.h>
+#include <climits>
+#include <cstdlib>
 #include <filesystem>
 #include <sys/stat.h>
 #include <vector>
@@ -15,14 +15,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-bool StatPath(const std::string& path, bool& isDirectory) {
-    struct stat info;
-    if (::stat(path.c_str(), &info) != 0) {
-        return false;
-    }
-    isDirectory = S_ISDIR(info.st_mode);
-    return true;
-}
+// Indexes kept at once; past it the least recent half is dropped.
+constexpr size_t kMaxIndexedFolders = 512;
 
 std::string JoinHost(const std::string& dir, const std::string& name) {
     if (!dir.empty() && dir.back() == '/') {
@@ -31,55 +25,133 @@ std::string JoinHost(const std::string& dir, const std::string& name) {
     return dir + "/" + name;
 }
 
+std::string ParentOf(const std::string& hostPath) {
+    auto slash = hostPath.rfind('/');
+    if (slash == std::string::npos) {
+        return ".";
+    }
+    return slash == 0 ? "/" : hostPath.substr(0, slash);
+}
+
+std::string RealPath(const std::string& path) {
+    char resolved[PATH_MAX];
+    return ::realpath(path.c_str(), resolved) != nullptr ? std::string(resolved) : std::string();
+}
+
+bool IsInside(const std::string& path, const std::string& root) {
+    if (root == "/") {
+        return !path.empty() && path[0] == '/';
+    }
+    return path == root || path.rfind(root + "/", 0) == 0;
+}
+
+std::string Upper(char letter) {
+    return std::string(1, static_cast<char>(std::toupper(static_cast<unsigned char>(letter))));
+}
+
 } // namespace
 
 void PathMapper::SetDrive(char letter, const std::string& hostRoot) {
-    mDrives[static_cast<char>(std::toupper(static_cast<unsigned char>(letter)))] = hostRoot;
+    mDrives[Upper(letter)[0]] = hostRoot;
 }
 
 bool PathMapper::HasDrive(char letter) const {
-    return mDrives.count(static_cast<char>(std::toupper(static_cast<unsigned char>(letter)))) != 0;
+    return mDrives.count(Upper(letter)[0]) != 0;
 }
 
 std::string PathMapper::DriveRoot(char letter) const {
-    auto found = mDrives.find(static_cast<char>(std::toupper(static_cast<unsigned char>(letter))));
+    auto found = mDrives.find(Upper(letter)[0]);
     return found == mDrives.end() ? std::string() : found->second;
 }
 
-std::optional<std::string> PathMapper::FindChild(const std::string& hostDir,
-                                                 const std::string& name) {
+FolderIndex* PathMapper::index(const std::string& hostDir) const {
     struct stat info;
-    if (::lstat(JoinHost(hostDir, name).c_str(), &info) == 0) {
-        return name;
+    if (::stat(hostDir.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) {
+        return nullptr;
     }
-    DIR* dir = ::opendir(hostDir.c_str());
-    if (dir == nullptr) {
-        return std::nullopt;
+    return index(hostDir, info);
+}
+
+FolderIndex* PathMapper::index(const std::string& hostDir, const struct stat& info) const {
+    auto found = mFolders.find(hostDir);
+    if (found != mFolders.end() && found->second.Fresh(info)) {
+        return &found->second;
     }
-    std::optional<std::string> match;
-    std::vector<std::string> entries;
-    std::string folded = FoldName(name);
-    while (dirent* entry = ::readdir(dir)) {
-        std::string entryName = entry->d_name;
-        if (entryName == "." || entryName == "..") {
-            continue;
+    if (found == mFolders.end()) {
+        if (mFolders.size() >= kMaxIndexedFolders) {
+            mFolders.clear();
         }
-        if (FoldName(entryName) == folded) {
-            match = entryName;
-            break;
-        }
-        entries.push_back(entryName);
+        found = mFolders.emplace(hostDir, FolderIndex()).first;
+        found->second.KeepShortNames(!mKeepUnder.empty() && IsInside(hostDir, mKeepUnder));
     }
-    ::closedir(dir);
-    if (!match && name.find('~') != std::string::npos) {
-        std::sort(entries.begin(), entries.end());
-        for (const auto& [longName, shortName] : ShortNames::Of(entries)) {
-            if (FoldName(shortName) == folded) {
-                return longName;
-            }
+    if (!found->second.Read(hostDir, info)) {
+        mFolders.erase(found);
+        return nullptr;
+    }
+    return &found->second;
+}
+
+std::optional<std::string> PathMapper::FindChild(const std::string& hostDir,
+                                                 const std::string& name) const {
+    FolderIndex* folder = index(hostDir);
+    return folder != nullptr ? folder->Find(name) : std::nullopt;
+}
+
+std::vector<std::pair<std::string, std::string>>
+PathMapper::List(const std::string& hostDir) const {
+    FolderIndex* folder = index(hostDir);
+    if (folder == nullptr) {
+        return {};
+    }
+    auto names = folder->NamesWithShortNames();
+    if (mUpperShortNames) {
+        for (auto& [name, shortName] : names) {
+            shortName = FoldName(shortName);
         }
     }
-    return match;
+    return names;
+}
+
+std::string PathMapper::ShortNameOf(const std::string& hostDir, const std::string& name) const {
+    FolderIndex* folder = index(hostDir);
+    std::string shortName = folder != nullptr ? folder->ShortNameOf(name) : std::string();
+    if (shortName.empty()) {
+        shortName = name;
+    }
+    return mUpperShortNames ? FoldName(shortName) : shortName;
+}
+
+void PathMapper::Added(const std::string& hostPath) const {
+    changed(hostPath, true);
+}
+
+void PathMapper::Removed(const std::string& hostPath) const {
+    changed(hostPath, false);
+}
+
+void PathMapper::changed(const std::string& hostPath, bool added) const {
+    std::string dir = ParentOf(hostPath);
+    auto found = mFolders.find(dir);
+    if (found == mFolders.end()) {
+        return;
+    }
+    struct stat info;
+    if (::stat(dir.c_str(), &info) != 0) {
+        mFolders.erase(found);
+        return;
+    }
+    std::string name = hostPath.substr(hostPath.rfind('/') + 1);
+    if (added) {
+        found->second.Add(name, info);
+    } else {
+        found->second.Remove(name, info);
+    }
+}
+
+bool PathMapper::LinkStaysInside(const std::string& linkPath, const std::string& driveRoot) {
+    std::string target = RealPath(linkPath);
+    std::string root = RealPath(driveRoot);
+    return !target.empty() && !root.empty() && IsInside(target, root);
 }
 
 os::Error PathMapper::Locate(const WindowsPath& path, HostLocation& out) const {
@@ -87,12 +159,14 @@ os::Error PathMapper::Locate(const WindowsPath& path, HostLocation& out) const {
     if (path.kind != WindowsPath::Kind::Drive || !HasDrive(path.drive)) {
         return os::error::PathNotFound;
     }
-    std::string host = DriveRoot(path.drive);
-    bool isDirectory = false;
-    if (!StatPath(host, isDirectory) || !isDirectory) {
+    const std::string root = DriveRoot(path.drive);
+    std::string host = root;
+    struct stat info;
+    if (::stat(host.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) {
         // A mapped drive whose folder is gone is a drive with no medium.
         return os::error::NotReady;
     }
+    bool isDirectory = true;
     bool existing = true;
     for (size_t i = 0; i < path.parts.size(); ++i) {
         bool last = i + 1 == path.parts.size();
@@ -102,11 +176,25 @@ os::Error PathMapper::Locate(const WindowsPath& path, HostLocation& out) const {
             }
             std::optional<std::string> child;
             if (isDirectory) {
-                child = FindChild(host, path.parts[i]);
+                FolderIndex* folder = index(host, info);
+                child = folder != nullptr ? folder->Find(path.parts[i]) : std::nullopt;
             }
             if (child) {
                 host = JoinHost(host, *child);
-                existing = StatPath(host, isDirectory);
+                existing = ::lstat(host.c_str(), &info) == 0;
+                if (existing && S_ISLNK(info.st_mode)) {
+                    bool inside = LinkStaysInside(host, root);
+                    if (!inside && !last) {
+                        return kLinkLeavesDrive;
+                    }
+                    out.isLink = last;
+                    out.linkLeavesDrive = last && !inside;
+                    // A link that leads nowhere is still an entry of its folder.
+                    if (::stat(host.c_str(), &info) != 0) {
+                        info.st_mode = S_IFLNK;
+                    }
+                }
+                isDirectory = existing && S_ISDIR(info.st_mode);
                 continue;
             }
             existing = false;
@@ -116,13 +204,15 @@ os::Error PathMapper::Locate(const WindowsPath& path, HostLocation& out) const {
     out.hostPath = host;
     out.exists = existing;
     out.isDirectory = existing && isDirectory;
+    out.isSpecial = existing && !path.parts.empty() && !S_ISDIR(info.st_mode) &&
+                    !S_ISREG(info.st_mode) && !out.linkLeavesDrive;
     if (path.parts.empty()) {
         out.parentExists = true;
     }
     return os::error::Success;
 }
 
-std::string PathMapper::ToMachinePath(const std::string& hostPath) const {
+std::optional<std::string> PathMapper::ToMachinePath(const std::string& hostPath) const {
     std::error_code ignored;
     fs::path absolute = fs::absolute(fs::path(hostPath), ignored).lexically_normal();
     std::string text = absolute.string();
@@ -132,26 +222,27 @@ std::string PathMapper::ToMachinePath(const std::string& hostPath) const {
     char bestDrive = 0;
     size_t bestLength = 0;
     for (const auto& [letter, root] : mDrives) {
-        if (letter == 'Z') {
-            continue;
-        }
         std::string normalRoot = fs::path(root).lexically_normal().string();
         while (normalRoot.size() > 1 && normalRoot.back() == '/') {
             normalRoot.pop_back();
         }
-        bool inside = text == normalRoot ||
-                      (text.rfind(normalRoot + "/", 0) == 0 && normalRoot.size() > 1);
-        if (inside && normalRoot.size() > bestLength) {
+        size_t length = normalRoot == "/" ? 0 : normalRoot.size();
+        bool better =
+                bestDrive == 0 || length > bestLength || (length == bestLength && letter < 'Z');
+        if (IsInside(text, normalRoot) && better) {
             bestDrive = letter;
-            bestLength = normalRoot.size();
+            bestLength = length;
         }
     }
-    std::string rest = bestDrive != 0 ? text.substr(bestLength) : text;
+    if (bestDrive == 0) {
+        return std::nullopt;
+    }
+    std::string rest = text.substr(bestLength);
     std::replace(rest.begin(), rest.end(), '/', '\\');
     if (rest.empty() || rest[0] != '\\') {
         rest = "\\" + rest;
     }
-    return std::string(1, bestDrive != 0 ? bestDrive : 'Z') + ":" + rest;
+    return std::string(1, bestDrive) + ":" + rest;
 }
 
 } // namespace sim

@@ -79,6 +79,9 @@ Error WriteTarget(MachineCall& machine, const std::string& path, const std::stri
     if (!location.parentExists) {
         return error::PathNotFound;
     }
+    if (Error refused = location.Openable()) {
+        return refused;
+    }
     if (location.exists) {
         if (location.isDirectory ||
             (sim::HostFile::Attributes(location.hostPath, false) & attr::ReadOnly) != 0) {
@@ -95,6 +98,9 @@ Error WriteTarget(MachineCall& machine, const std::string& path, const std::stri
     std::ofstream out(location.hostPath, std::ios::binary | std::ios::trunc);
     out.write(data.data(), static_cast<std::streamsize>(data.size()));
     out.close();
+    if (!location.exists) {
+        machine->Paths().Added(location.hostPath);
+    }
     return out ? error::Success : error::DiskFull;
 }
 

@@ -4,6 +4,7 @@
 #include "sim/HostFile.h"
 #include "sim/MachineCall.h"
 #include "sim/ShortNames.h"
+#include "sim/SimMachine.h"
 #include "sim/Text.h"
 
 #include <algorithm>
@@ -37,22 +38,41 @@ struct Target {
     Error Missing() const {
         return location.parentExists ? error::FileNotFound : error::PathNotFound;
     }
-    bool ReadOnly() const {
-        return location.exists && !location.isDirectory &&
-               (HostFile::Attributes(location.hostPath, false) & attr::ReadOnly) != 0;
+    bool ReadOnly() const { return (Attributes() & attr::ReadOnly) != 0; }
+    std::uint32_t Attributes() const {
+        if (!location.exists || location.isDirectory || location.isLink) {
+            return 0;
+        }
+        return HostFile::Attributes(location.hostPath, false);
     }
+    // Opening the file for its contents: a link out of its drive is never followed, and what
+    // the host holds that is no file (a pipe, a socket, a device) is no file of the machine.
+    Error Openable() const { return location.Openable(); }
 };
 
-Error Find(MachineCall& machine, const std::string& path, Target& target,
+// What a call does with its path, for the answer a device name gets: looking at it finds no
+// file, changing it is refused, opening it works for NUL alone (no other device is attached).
+enum class Use { Inspect, Change, Open };
+
+Error Find(MachineCall& machine, const std::string& path, Target& target, Use use,
            bool allowWildcards = false) {
     if (!machine) {
         return error::NotReady;
     }
     Error error = machine->Locate(path, target.location, allowWildcards, &target.path);
-    if (error == error::Success) {
-        target.lock = machine->LockOf(target.path);
+    if (error != error::Success) {
+        return error;
     }
-    return error;
+    if (!target.location.device.empty()) {
+        if (use == Use::Change) {
+            return error::AccessDenied;
+        }
+        if (use == Use::Inspect || target.location.device != "NUL") {
+            return error::FileNotFound;
+        }
+    }
+    target.lock = machine->LockOf(target.path);
+    return error::Success;
 }
 
 // What another process's hold on a file does to writing, deleting and renaming it.
@@ -111,39 +131,28 @@ bool MatchPattern(const std::string& pattern, const std::string& name) {
     return match(p, n) || (n.find('.') == std::string::npos && match(p, n + "."));
 }
 
-std::vector<std::string> ListHost(const std::string& hostDir) {
-    std::vector<std::string> names;
-    if (DIR* dir = ::opendir(hostDir.c_str())) {
-        while (dirent* entry = ::readdir(dir)) {
-            std::string name = entry->d_name;
-            if (name != "." && name != "..") {
-                names.push_back(name);
-            }
-        }
-        ::closedir(dir);
-    }
-    std::sort(names.begin(), names.end(), [](const std::string& a, const std::string& b) {
-        return sim::FoldName(a) < sim::FoldName(b);
-    });
-    return names;
-}
-
 FindData Describe(MachineCall& machine, const std::string& hostPath, const std::string& name,
                   const std::string& shortName) {
     FindData data;
+    struct stat link;
     HostFile::Facts facts;
-    if (HostFile::Examine(hostPath, facts)) {
+    if (::lstat(hostPath.c_str(), &link) == 0 && S_ISLNK(link.st_mode)) {
+        // A link is described by itself, as the reparse point Windows lists, not by its target.
+        struct stat target;
+        bool isDirectory = ::stat(hostPath.c_str(), &target) == 0 && S_ISDIR(target.st_mode);
+        data.attributes = attr::ReparsePoint | (isDirectory ? attr::Directory : 0);
+    } else if (HostFile::Examine(hostPath, facts)) {
         data.attributes = facts.attributes;
         data.creationTime = facts.times.creation;
         data.lastAccessTime = facts.times.lastAccess;
         data.lastWriteTime = facts.times.lastWrite;
         data.size = facts.size;
     } else {
-        // A name that went away while the folder was listed, or a link to nothing.
+        // A name that went away while the folder was listed.
         data.attributes = HostFile::Attributes(hostPath, false);
     }
     data.fileName = machine->ToAnsi(name);
-    data.alternateFileName = shortName == sim::FoldName(name) ? "" : machine->ToAnsi(shortName);
+    data.alternateFileName = shortName == name ? "" : machine->ToAnsi(shortName);
     return data;
 }
 
@@ -179,6 +188,15 @@ void AddPendingRename(MachineCall& machine, const WindowsPath& from, const Windo
     }
     session->SetValue(value);
     machine->Registry().SetDirty(true);
+}
+
+// Unlinks a file, or a link (never what it leads to).
+Error RemoveEntry(MachineCall& machine, const std::string& hostPath) {
+    if (::unlink(hostPath.c_str()) != 0) {
+        return HostFile::FromErrno(errno);
+    }
+    machine->Paths().Removed(hostPath);
+    return error::Success;
 }
 
 Error Relocate(MachineCall& machine, Target& from, Target& to, std::uint32_t flags) {
@@ -220,6 +238,9 @@ Error Relocate(MachineCall& machine, Target& from, Target& to, std::uint32_t fla
     Error error = HostFile::Move(from.location.hostPath, target);
     if (error == error::Success) {
         machine->MoveLock(from.path, to.path);
+        machine->Paths().Removed(from.location.hostPath);
+        sim::ShortNames::Forget(target);
+        machine->Paths().Added(target);
     }
     return error;
 }
@@ -229,24 +250,30 @@ Error Relocate(MachineCall& machine, Target& from, Target& to, std::uint32_t fla
 Error GetFileAttributes(const std::string& path, std::uint32_t& attributes) {
     MachineCall machine;
     Target target;
-    if (Error error = Find(machine, path, target)) {
+    if (Error error = Find(machine, path, target, Use::Inspect)) {
         return error;
     }
     if (!target.location.exists) {
         return target.Missing();
     }
-    attributes = HostFile::Attributes(target.location.hostPath, target.location.isDirectory);
+    attributes =
+            target.location.isLink
+                    ? attr::ReparsePoint | (target.location.isDirectory ? attr::Directory : 0)
+                    : HostFile::Attributes(target.location.hostPath, target.location.isDirectory);
     return error::Success;
 }
 
 Error SetFileAttributes(const std::string& path, std::uint32_t attributes) {
     MachineCall machine;
     Target target;
-    if (Error error = Find(machine, path, target)) {
+    if (Error error = Find(machine, path, target, Use::Change)) {
         return error;
     }
     if (!target.location.exists) {
         return target.Missing();
+    }
+    if (Error refused = target.Openable()) {
+        return refused;
     }
     return HostFile::SetAttributes(target.location.hostPath, attributes) ? error::Success
                                                                          : error::AccessDenied;
@@ -255,7 +282,7 @@ Error SetFileAttributes(const std::string& path, std::uint32_t attributes) {
 Error CreateDirectory(const std::string& path) {
     MachineCall machine;
     Target target;
-    if (Error error = Find(machine, path, target)) {
+    if (Error error = Find(machine, path, target, Use::Change)) {
         return error;
     }
     if (target.location.exists) {
@@ -264,14 +291,21 @@ Error CreateDirectory(const std::string& path) {
     if (!target.location.parentExists || target.path.IsRoot()) {
         return error::PathNotFound;
     }
-    return ::mkdir(target.location.hostPath.c_str(), 0755) == 0 ? error::Success
-                                                                : HostFile::FromErrno(errno);
+    // A new folder must leave room for an 8.3 name below it: MAX_PATH less 12.
+    if (sim::Utf8ToUtf16(target.path.ToString()).size() >= sim::kMaxPath - 12) {
+        return sim::kFilenameTooLong;
+    }
+    if (::mkdir(target.location.hostPath.c_str(), 0755) != 0) {
+        return HostFile::FromErrno(errno);
+    }
+    machine->Paths().Added(target.location.hostPath);
+    return error::Success;
 }
 
 Error RemoveDirectory(const std::string& path) {
     MachineCall machine;
     Target target;
-    if (Error error = Find(machine, path, target)) {
+    if (Error error = Find(machine, path, target, Use::Change)) {
         return error;
     }
     if (!target.location.exists) {
@@ -286,17 +320,24 @@ Error RemoveDirectory(const std::string& path) {
         sim::FoldName(current.ToString()) == sim::FoldName(target.path.ToString())) {
         return error::SharingViolation;
     }
-    if (!ListHost(target.location.hostPath).empty()) {
+    // A link to a folder goes as the link; what it leads to stays.
+    if (target.location.isLink) {
+        return RemoveEntry(machine, target.location.hostPath);
+    }
+    if (!machine->Paths().List(target.location.hostPath).empty()) {
         return error::DirNotEmpty;
     }
-    return ::rmdir(target.location.hostPath.c_str()) == 0 ? error::Success
-                                                          : HostFile::FromErrno(errno);
+    if (::rmdir(target.location.hostPath.c_str()) != 0) {
+        return HostFile::FromErrno(errno);
+    }
+    machine->Paths().Removed(target.location.hostPath);
+    return error::Success;
 }
 
 Error DeleteFile(const std::string& path) {
     MachineCall machine;
     Target target;
-    if (Error error = Find(machine, path, target)) {
+    if (Error error = Find(machine, path, target, Use::Change)) {
         return error;
     }
     if (!target.location.exists) {
@@ -308,17 +349,14 @@ Error DeleteFile(const std::string& path) {
     if (Error blocked = DeleteBlocked(target.lock)) {
         return blocked;
     }
-    if (::unlink(target.location.hostPath.c_str()) != 0) {
-        return HostFile::FromErrno(errno);
-    }
-    return error::Success;
+    return RemoveEntry(machine, target.location.hostPath);
 }
 
 Error CopyFile(const std::string& from, const std::string& to, bool failIfExists) {
     MachineCall machine;
     Target source;
     Target destination;
-    if (Error error = Find(machine, from, source)) {
+    if (Error error = Find(machine, from, source, Use::Inspect)) {
         return error;
     }
     if (!source.location.exists) {
@@ -327,30 +365,47 @@ Error CopyFile(const std::string& from, const std::string& to, bool failIfExists
     if (source.location.isDirectory) {
         return error::AccessDenied;
     }
+    if (Error refused = source.Openable()) {
+        return refused;
+    }
     if (source.lock == FileLock::Sharing || source.lock == FileLock::Lock) {
         return WriteBlocked(source.lock);
     }
-    if (Error error = Find(machine, to, destination)) {
+    if (Error error = Find(machine, to, destination, Use::Open)) {
         return error;
     }
     if (!destination.location.parentExists) {
         return error::PathNotFound;
     }
+    if (!destination.location.device.empty()) {
+        return error::Success; // NUL takes the copy and keeps nothing
+    }
     if (destination.location.exists) {
         if (SameFile(source, destination)) {
             return error::SharingViolation;
         }
-        if (destination.location.isDirectory || destination.ReadOnly()) {
-            return error::AccessDenied;
-        }
         if (failIfExists) {
             return error::FileExists;
+        }
+        if (Error refused = destination.Openable()) {
+            return refused;
+        }
+        // The copy is made with the source's attributes, and a file that is hidden or system
+        // cannot be written over by one that lacks them.
+        std::uint32_t kept = destination.Attributes() & (attr::Hidden | attr::System);
+        if (destination.location.isDirectory || destination.ReadOnly() ||
+            (kept & ~source.Attributes()) != 0) {
+            return error::AccessDenied;
         }
         if (Error blocked = WriteBlocked(destination.lock)) {
             return blocked;
         }
     }
-    return HostFile::Copy(source.location.hostPath, destination.location.hostPath);
+    Error error = HostFile::Copy(source.location.hostPath, destination.location.hostPath);
+    if (error == error::Success && !destination.location.exists) {
+        machine->Paths().Added(destination.location.hostPath);
+    }
+    return error;
 }
 
 Error MoveFile(const std::string& from, const std::string& to) {
@@ -360,7 +415,7 @@ Error MoveFile(const std::string& from, const std::string& to) {
 Error MoveFileEx(const std::string& from, const std::string& to, std::uint32_t flags) {
     MachineCall machine;
     Target source;
-    if (Error error = Find(machine, from, source)) {
+    if (Error error = Find(machine, from, source, Use::Change)) {
         return error;
     }
     if ((flags & movefile::DelayUntilReboot) != 0) {
@@ -372,7 +427,7 @@ Error MoveFileEx(const std::string& from, const std::string& to, std::uint32_t f
             return error::Success;
         }
         Target destination;
-        if (Error error = Find(machine, to, destination)) {
+        if (Error error = Find(machine, to, destination, Use::Change)) {
             return error;
         }
         AddPendingRename(machine, source.path, &destination.path,
@@ -383,7 +438,7 @@ Error MoveFileEx(const std::string& from, const std::string& to, std::uint32_t f
         return error::InvalidParameter;
     }
     Target destination;
-    if (Error error = Find(machine, to, destination)) {
+    if (Error error = Find(machine, to, destination, Use::Change)) {
         return error;
     }
     return Relocate(machine, source, destination, flags);
@@ -393,7 +448,7 @@ Error FindFiles(const std::string& pattern, std::vector<FindData>& found) {
     found.clear();
     MachineCall machine;
     Target target;
-    if (Error error = Find(machine, pattern, target, true)) {
+    if (Error error = Find(machine, pattern, target, Use::Inspect, true)) {
         return error;
     }
     if (target.path.IsRoot()) {
@@ -404,11 +459,12 @@ Error FindFiles(const std::string& pattern, std::vector<FindData>& found) {
         if (!target.location.exists) {
             return target.Missing();
         }
-        std::string shortName = last;
+        std::string hostDir =
+                target.location.hostPath.substr(0, target.location.hostPath.rfind('/'));
+        std::string name = target.location.hostPath.substr(target.location.hostPath.rfind('/') + 1);
         found.push_back(
-                Describe(machine, target.location.hostPath,
-                         target.location.hostPath.substr(target.location.hostPath.rfind('/') + 1),
-                         sim::FoldName(shortName)));
+                Describe(machine, target.location.hostPath, name,
+                         machine->Paths().ShortNameOf(hostDir.empty() ? "/" : hostDir, name)));
         return error::Success;
     }
     if (!target.location.parentExists) {
@@ -427,8 +483,7 @@ Error FindFiles(const std::string& pattern, std::vector<FindData>& found) {
             }
         }
     }
-    std::vector<std::string> names = ListHost(hostDir);
-    for (const auto& [name, shortName] : sim::ShortNames::Of(names)) {
+    for (const auto& [name, shortName] : machine->Paths().List(hostDir)) {
         if (MatchPattern(last, name) || MatchPattern(last, shortName)) {
             std::string hostPath = hostDir == "/" ? "/" + name : hostDir + "/" + name;
             found.push_back(Describe(machine, hostPath, name, shortName));
@@ -440,7 +495,7 @@ Error FindFiles(const std::string& pattern, std::vector<FindData>& found) {
 Error GetFileTime(const std::string& path, FileTimes& times) {
     MachineCall machine;
     Target target;
-    if (Error error = Find(machine, path, target)) {
+    if (Error error = Find(machine, path, target, Use::Inspect)) {
         return error;
     }
     if (!target.location.exists) {
@@ -452,11 +507,14 @@ Error GetFileTime(const std::string& path, FileTimes& times) {
 Error SetFileTime(const std::string& path, const FileTimes& times) {
     MachineCall machine;
     Target target;
-    if (Error error = Find(machine, path, target)) {
+    if (Error error = Find(machine, path, target, Use::Change)) {
         return error;
     }
     if (!target.location.exists) {
         return target.Missing();
+    }
+    if (Error refused = target.Openable()) {
+        return refused;
     }
     if (Error blocked = WriteBlocked(target.lock)) {
         return blocked;
@@ -468,20 +526,20 @@ Error SetFileTime(const std::string& path, const FileTimes& times) {
 Error GetFileSize(const std::string& path, std::uint64_t& size) {
     MachineCall machine;
     Target target;
-    if (Error error = Find(machine, path, target)) {
+    if (Error error = Find(machine, path, target, Use::Inspect)) {
         return error;
     }
     if (!target.location.exists) {
         return target.Missing();
     }
-    size = HostFile::Size(target.location.hostPath);
+    size = target.location.isLink ? 0 : HostFile::Size(target.location.hostPath);
     return error::Success;
 }
 
 Error GetShortPathName(const std::string& path, std::string& shortPath) {
     MachineCall machine;
     Target target;
-    if (Error error = Find(machine, path, target)) {
+    if (Error error = Find(machine, path, target, Use::Inspect)) {
         return error;
     }
     if (!target.location.exists) {
@@ -493,19 +551,13 @@ Error GetShortPathName(const std::string& path, std::string& shortPath) {
     machine->Paths().Locate(walk, folder);
     std::string text = walk.ToString();
     std::string hostDir = folder.hostPath;
+    const sim::PathMapper& paths = machine->Paths();
     for (const std::string& part : target.path.parts) {
-        auto child = sim::PathMapper::FindChild(hostDir, part);
-        std::string name = child.value_or(part);
-        std::string shortName = name;
-        for (const auto& [longName, generated] : sim::ShortNames::Of(ListHost(hostDir))) {
-            if (longName == name) {
-                shortName = generated;
-            }
-        }
+        std::string name = paths.FindChild(hostDir, part).value_or(part);
         if (text.back() != '\\') {
             text += '\\';
         }
-        text += shortName;
+        text += paths.ShortNameOf(hostDir, name);
         hostDir += (hostDir.back() == '/' ? "" : "/") + name;
     }
     shortPath = machine->ToAnsi(text);
@@ -515,7 +567,7 @@ Error GetShortPathName(const std::string& path, std::string& shortPath) {
 Error GetLongPathName(const std::string& path, std::string& longPath) {
     MachineCall machine;
     Target target;
-    if (Error error = Find(machine, path, target)) {
+    if (Error error = Find(machine, path, target, Use::Inspect)) {
         return error;
     }
     if (!target.location.exists) {
@@ -527,7 +579,7 @@ Error GetLongPathName(const std::string& path, std::string& longPath) {
     machine->Paths().Locate(walk, folder);
     std::string hostDir = folder.hostPath;
     for (const std::string& part : target.path.parts) {
-        std::string name = sim::PathMapper::FindChild(hostDir, part).value_or(part);
+        std::string name = machine->Paths().FindChild(hostDir, part).value_or(part);
         walk.parts.push_back(name);
         hostDir += (hostDir.back() == '/' ? "" : "/") + name;
     }
@@ -556,7 +608,7 @@ Error GetFullPathName(const std::string& path, std::string& fullPath) {
 Error GetTempFileName(const std::string& folder, const std::string& prefix, std::string& tempFile) {
     MachineCall machine;
     Target target;
-    if (Error error = Find(machine, folder, target)) {
+    if (Error error = Find(machine, folder, target, Use::Inspect)) {
         return error;
     }
     if (!target.location.exists || !target.location.isDirectory) {
@@ -569,7 +621,7 @@ Error GetTempFileName(const std::string& folder, const std::string& prefix, std:
         char name[64];
         std::snprintf(name, sizeof name, "%.3s%X.tmp", prefix.c_str(), unique);
         std::string hostPath = target.location.hostPath + "/" + name;
-        if (sim::PathMapper::FindChild(target.location.hostPath, name)) {
+        if (machine->Paths().FindChild(target.location.hostPath, name)) {
             continue;
         }
         int fd = ::open(hostPath.c_str(), O_WRONLY | O_CREAT | O_EXCL, 0644);
@@ -577,6 +629,7 @@ Error GetTempFileName(const std::string& folder, const std::string& prefix, std:
             return HostFile::FromErrno(errno);
         }
         ::close(fd);
+        machine->Paths().Added(hostPath);
         counter = attempt + 1;
         WindowsPath result = target.path;
         result.parts.push_back(name);
@@ -589,7 +642,7 @@ Error GetTempFileName(const std::string& folder, const std::string& prefix, std:
 Error GetDiskFreeSpaceEx(const std::string& folder, std::uint64_t& freeBytes) {
     MachineCall machine;
     Target target;
-    if (Error error = Find(machine, folder, target)) {
+    if (Error error = Find(machine, folder, target, Use::Inspect)) {
         return error;
     }
     if (!target.location.exists) {
@@ -611,7 +664,7 @@ Error fsopen(const std::string& path, const char* mode, Share, std::FILE*& strea
     stream = nullptr;
     MachineCall machine;
     Target target;
-    if (Error error = Find(machine, path, target)) {
+    if (Error error = Find(machine, path, target, Use::Open)) {
         return error;
     }
     bool reading = mode != nullptr && mode[0] == 'r' && std::strchr(mode, '+') == nullptr;
@@ -636,8 +689,23 @@ Error fsopen(const std::string& path, const char* mode, Share, std::FILE*& strea
     if (target.location.isDirectory) {
         return error::AccessDenied;
     }
+    if (Error refused = target.Openable()) {
+        return refused;
+    }
+    // Writing anew (CREATE_ALWAYS) over a hidden or system file is refused, as the C runtime
+    // asks for a normal file.
+    bool truncating = mode != nullptr && mode[0] == 'w';
+    if (truncating && (target.Attributes() & (attr::Hidden | attr::System)) != 0) {
+        return error::AccessDenied;
+    }
     stream = std::fopen(target.location.hostPath.c_str(), mode);
-    return stream != nullptr ? error::Success : HostFile::FromErrno(errno);
+    if (stream == nullptr) {
+        return HostFile::FromErrno(errno);
+    }
+    if (!target.location.exists) {
+        machine->Paths().Added(target.location.hostPath);
+    }
+    return error::Success;
 }
 
 } // namespace os

@@ -30,6 +30,16 @@ std::string HostWorkingDirectory() {
     return error ? std::string("/") : cwd.string();
 }
 
+// The simulated process starts in the host's current folder when that lies on one of the
+// machine's own drives; else at the root of C:, so that a relative path never reaches the host
+// (a path reaches the host only when it names Z: itself).
+std::string StartingDirectory(const std::optional<std::string>& hostCurrent) {
+    if (hostCurrent && !hostCurrent->empty() && (*hostCurrent)[0] != 'Z') {
+        return *hostCurrent;
+    }
+    return "C:\\";
+}
+
 } // namespace
 
 std::recursive_mutex& SimMachine::Lock() {
@@ -153,6 +163,8 @@ bool SimMachine::load(const std::string& hostDir, std::string& why) {
         return false;
     }
     mPaths.SetDrive('C', mDirectory + "/drive_c");
+    mPaths.KeepShortNamesUnder(mDirectory);
+    mPaths.UpperCaseShortNames(!mIdentity.IsNT());
     mPaths.SetDrive('Z', "/");
     if (const IniText::Section* drives = ini.FindSection("Drives")) {
         for (const IniText::Entry& entry : drives->entries) {
@@ -207,7 +219,7 @@ bool SimMachine::load(const std::string& hostDir, std::string& why) {
             mLocks[path] = lock;
         }
     }
-    mCurrentDirectory = HostToMachine(HostWorkingDirectory());
+    mCurrentDirectory = StartingDirectory(HostToMachine(HostWorkingDirectory()));
     mStamp = stateStamp();
     return true;
 }
@@ -231,6 +243,9 @@ os::Error SimMachine::ReadFile(const std::string& ansiPath, std::string& bytes) 
     if (location.isDirectory) {
         return os::error::AccessDenied;
     }
+    if (os::Error refused = location.Openable()) {
+        return refused;
+    }
     FileLock lock = LockOf(parsed);
     if (lock == FileLock::Sharing) {
         return os::error::SharingViolation;
@@ -246,13 +261,34 @@ os::Error SimMachine::ReadFile(const std::string& ansiPath, std::string& bytes) 
 
 os::Error SimMachine::Locate(const std::string& ansiPath, HostLocation& out, bool allowWildcards,
                              WindowsPath* parsed) {
+    // The A functions take at most MAX_PATH characters, the terminator included, and so does
+    // the full path that a relative one becomes.
+    std::string utf8 = ToUtf8(ansiPath);
+    if (Utf8ToUtf16(utf8).size() >= kMaxPath) {
+        return kFilenameTooLong;
+    }
     WindowsPath path;
-    os::Error error = WindowsPath::Parse(ToUtf8(ansiPath), mCurrentDirectory, allowWildcards, path);
+    os::Error error = WindowsPath::Parse(utf8, mCurrentDirectory, allowWildcards, path);
     if (error != os::error::Success) {
         return error;
     }
+    if (Utf8ToUtf16(path.ToString()).size() >= kMaxPath) {
+        return os::error::PathNotFound;
+    }
     if (parsed != nullptr) {
         *parsed = path;
+    }
+    if (!path.parts.empty() && !allowWildcards) {
+        std::string device = DeviceName(path.Name());
+        if (!device.empty()) {
+            // A device is no file of the folder it is named in; NUL takes and gives nothing.
+            out = HostLocation();
+            out.device = device;
+            out.parentExists = true;
+            out.exists = device == "NUL";
+            out.hostPath = device == "NUL" ? "/dev/null" : std::string();
+            return os::error::Success;
+        }
     }
     if (path.kind == WindowsPath::Kind::Unc) {
         return locateUnc(path, out);

@@ -23,6 +23,10 @@ namespace sim {
 
 class SimMachine;
 
+// MAX_PATH, and what a longer path gives in the A functions (ERROR_FILENAME_EXCED_RANGE).
+constexpr size_t kMaxPath = 260;
+constexpr os::Error kFilenameTooLong = 206;
+
 // A key opened through the registry group of the seam: which machine, which view of its
 // registry (the predefined root), the path below that root, and the rights it was opened with.
 struct OpenRegKey {
@@ -60,6 +64,7 @@ public:
     Environment& Env() { return mEnvironment; }
     RegistryStore& Registry() { return mRegistry.Store(); }
     const FaultList& Faults() const { return mFaults; }
+    // Its index of folders changes as the machine reads and writes them.
     const PathMapper& Paths() const { return mPaths; }
     // The running programs and the spooler; call the Changed functions after a change, so that
     // the next commit writes their files.
@@ -87,8 +92,8 @@ public:
     // Reads the whole of an existing file as a reader that shares it would: a missing file, a
     // folder, or a file another process holds against reading gives the error Windows gives.
     os::Error ReadFile(const std::string& ansiPath, std::string& bytes);
-    // The machine's own view of a host path (UTF-8).
-    std::string HostToMachine(const std::string& hostPath) const {
+    // The machine's own view of a host path (UTF-8); none when no drive reaches it.
+    std::optional<std::string> HostToMachine(const std::string& hostPath) const {
         return mPaths.ToMachinePath(hostPath);
     }
 

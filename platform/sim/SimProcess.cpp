@@ -4,6 +4,7 @@
 #include "sim/HostFile.h"
 #include "sim/MachineCall.h"
 
+#include <algorithm>
 #include <climits>
 #include <dlfcn.h>
 #include <sys/syscall.h>
@@ -55,7 +56,11 @@ Error GetModuleFileName(Module module, std::string& path) {
     if (host.empty()) {
         return 126; // ERROR_MOD_NOT_FOUND
     }
-    path = machine->ToAnsi(machine->HostToMachine(host));
+    // A program that no drive reaches (Z: confined to a folder that does not hold it) is
+    // named as the host names it under Z:, where the machine cannot open it.
+    std::string fallback = "Z:" + host;
+    std::replace(fallback.begin(), fallback.end(), '/', '\\');
+    path = machine->ToAnsi(machine->HostToMachine(host).value_or(fallback));
     return error::Success;
 }
 

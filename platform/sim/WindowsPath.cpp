@@ -78,6 +78,22 @@ os::Error ApplyName(std::string name, bool isLast, bool allowWildcards,
 
 } // namespace
 
+std::string DeviceName(std::string_view name) {
+    std::string base(name.substr(0, name.find('.')));
+    while (!base.empty() && base.back() == ' ') {
+        base.pop_back();
+    }
+    for (char& c : base) {
+        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    }
+    if (base == "CON" || base == "PRN" || base == "AUX" || base == "NUL") {
+        return base;
+    }
+    bool numbered = base.size() == 4 && (base.rfind("COM", 0) == 0 || base.rfind("LPT", 0) == 0) &&
+                    base[3] >= '1' && base[3] <= '9';
+    return numbered ? base : std::string();
+}
+
 bool HasWildcard(std::string_view name) {
     return name.find_first_of("*?") != std::string_view::npos;
 }

@@ -33,4 +33,8 @@ struct WindowsPath {
 
 bool HasWildcard(std::string_view name);
 
+// The names of devices, in any folder and with any extension ("nul.txt"): CON, PRN, AUX, NUL,
+// COM1 to COM9, LPT1 to LPT9. Empty when `name` names no device, else the device in upper case.
+std::string DeviceName(std::string_view name);
+
 } // namespace sim

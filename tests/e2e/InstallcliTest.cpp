@@ -2,11 +2,14 @@
 #include "CliTest.h"
 #include "sim/MachinePreset.h"
 
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -125,6 +128,80 @@ TEST_F(InstallcliTest, RegistryKeysAreShownAsRegQueryShowsThem) {
                       "HKEY_LOCAL_"
                       "MACHINE\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\n"));
     EXPECT_EQ(1, run("machine reg " + dir + " 'HKLM\\Nothing\\Here'").code);
+}
+
+TEST_F(InstallcliTest, NothingLandsOnTheHostUnlessItsPathNamesZ) {
+    std::string dir = machine("xp");
+    package("[Version]\nScriptVersion=14.0.12.0\n[Install]\nTools=1\n");
+    std::ofstream(root / "pkg" / "payload.dll") << "payload";
+    std::string payload = "Z:" + (root / "pkg" / "payload.dll").string();
+    std::ofstream(root / "pkg" / "Config" / "Tools.cif")
+            << "[Tools]\nVersion=1.0\n[Tools_Actions]\n"
+            << "File,COPY," << payload << ",$NOT_DEFINED$\\undefined.dll\n"
+            << "File,COPY," << payload << ",bare.dll\n";
+    fs::path hostFolder = root / "where-the-user-is";
+    fs::create_directories(hostFolder);
+    fs::path saved = fs::current_path();
+    fs::current_path(hostFolder);
+    // The script named with forward slashes, as Windows accepts it.
+    std::string script = "Z:" + (root / "pkg" / "setup.isf").string();
+    Result installed = run("install --machine " + dir + " --log run.log " + script);
+    fs::current_path(saved);
+    EXPECT_EQ(0, installed.code) << installed.output;
+    // The log named on the command line lands where it was named; nothing else does.
+    EXPECT_TRUE(fs::exists(hostFolder / "run.log")) << installed.output;
+    EXPECT_NE(std::string::npos, installed.output.find("Debug log: Z:")) << installed.output;
+    for (const auto& entry : fs::recursive_directory_iterator(hostFolder)) {
+        EXPECT_EQ("run.log", entry.path().filename().string()) << entry.path();
+    }
+    EXPECT_TRUE(fs::exists(fs::path(dir) / "drive_c" / "bare.dll")) << installed.output;
+}
+
+TEST_F(InstallcliTest, ZConfinedToAFolderNamesPathsUnderIt) {
+    std::string dir = machine("win7");
+    std::string script = package("[Version]\nScriptVersion=14.0.12.0\n[Install]\nTools=1\n");
+    std::ofstream(dir + "/machine.ini", std::ios::app) << "\n[Drives]\nZ=" << root.string() << "\n";
+    Result installed =
+            run("install --machine " + dir + " --log " + (root / "in.log").string() + " " + script);
+    EXPECT_EQ(0, installed.code) << installed.output;
+    EXPECT_TRUE(fs::exists(root / "in.log"));
+    EXPECT_NE(std::string::npos, installed.output.find("Debug log: Z:\\in.log\n"))
+            << installed.output;
+    fs::path outside = fs::temp_directory_path() / ("outside-" + std::to_string(::getpid()));
+    Result refused = run("install --machine " + dir + " --log " + (outside / "x.log").string() +
+                         " " + script);
+    EXPECT_EQ(2, refused.code) << refused.output;
+    EXPECT_NE(std::string::npos, refused.output.find("outside every drive")) << refused.output;
+    EXPECT_FALSE(fs::exists(outside));
+}
+
+TEST_F(InstallcliTest, ALogThatWasNotWrittenIsNotNamed) {
+    std::string dir = machine("xp");
+    Result failed = run("install --machine " + dir + " 'Z:/nowhere/at/all/setup.isf'");
+    EXPECT_EQ(1, failed.code) << failed.output;
+    // The engine logs why it stopped; the log named is the one written.
+    auto at = failed.output.find("Debug log: C:\\");
+    ASSERT_NE(std::string::npos, at) << failed.output;
+    std::string named = failed.output.substr(at + 14, failed.output.find('\n', at) - at - 14);
+    std::replace(named.begin(), named.end(), '\\', '/');
+    EXPECT_NE(std::string::npos,
+              e2e::ReadHostFile(fs::path(dir) / "drive_c" / named).find("Engine::Initialize"))
+            << named;
+    // With no log at all, none is named.
+    fs::remove_all(fs::path(dir) / "drive_c" / named);
+    Result noLog = run("install --machine " + dir + " --log 'C:\\absent folder\\x.log' x.isf");
+    EXPECT_EQ(std::string::npos, noLog.output.find("Debug log:")) << noLog.output;
+    EXPECT_NE(std::string::npos, noLog.output.find("No debug log was written.")) << noLog.output;
+}
+
+TEST_F(InstallcliTest, APipeGivenAsTheScriptIsRefusedAtOnce) {
+    std::string dir = machine("xp");
+    fs::path pipe = root / "pipe.isf";
+    ASSERT_EQ(0, ::mkfifo(pipe.c_str(), 0644));
+    auto start = std::chrono::steady_clock::now();
+    Result refused = run("install --machine " + dir + " " + pipe.string());
+    EXPECT_EQ(1, refused.code) << refused.output;
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
 }
 
 TEST_F(InstallcliTest, ServicesAreListedWithTheirStateAndDependencies) {

@@ -6,6 +6,7 @@
 #include "sim/SimMachine.h"
 #include "sim/Text.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -333,17 +334,49 @@ std::string MachineCommands::SelectMachine(const CommandLine& line) {
     return dir;
 }
 
-std::string MachineCommands::ToMachinePath(const std::string& machineDir,
-                                           const std::string& argument) {
-    if (argument.empty() || LooksLikeWindowsPath(argument)) {
+std::optional<std::string> MachineCommands::ToMachinePath(const std::string& machineDir,
+                                                          const std::string& argument) {
+    if (argument.empty()) {
         return argument;
+    }
+    if (LooksLikeWindowsPath(argument)) {
+        std::string path = argument;
+        std::replace(path.begin(), path.end(), '/', '\\');
+        return path;
     }
     std::string why;
     auto machine = sim::SimMachine::Open(machineDir, why);
     if (!machine) {
         return argument;
     }
-    return machine->ToAnsi(machine->HostToMachine(Absolute(argument)));
+    auto path = machine->HostToMachine(Absolute(argument));
+    if (!path) {
+        return std::nullopt;
+    }
+    return machine->ToAnsi(*path);
+}
+
+std::string MachineCommands::PackageFolderOf(const std::string& machineDir,
+                                             const std::string& script) {
+    auto slash = script.rfind('\\');
+    if (slash == std::string::npos) {
+        return std::string();
+    }
+    std::string folder = script.substr(0, slash);
+    sim::HostLocation config;
+    std::string why;
+    auto machine = sim::SimMachine::Open(machineDir, why);
+    if (!machine || machine->Locate(folder + "\\Config", config) != 0 || !config.isDirectory) {
+        return std::string();
+    }
+    return folder;
+}
+
+bool MachineCommands::Exists(const std::string& machineDir, const std::string& path) {
+    std::string why;
+    auto machine = sim::SimMachine::Open(machineDir, why);
+    sim::HostLocation location;
+    return machine && machine->Locate(path, location) == 0 && location.exists;
 }
 
 std::string MachineCommands::DefaultLogLocation(const std::string& machineDir,

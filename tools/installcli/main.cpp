@@ -90,22 +90,22 @@ int main(int argc, char** argv) {
     }
 #ifndef _WIN32
     std::string machine = MachineCommands::SelectMachine(line);
+    std::string unreachable;
     auto view = [&](const std::string& path) {
-        return MachineCommands::ToMachinePath(machine, path);
+        auto seen = MachineCommands::ToMachinePath(machine, path);
+        if (!seen && unreachable.empty()) {
+            unreachable = path;
+        }
+        return seen.value_or(std::string());
+    };
+    auto packageOf = [&](const std::string& script) {
+        return MachineCommands::PackageFolderOf(machine, script);
     };
 #else
     auto view = [](const std::string& path) { return path; };
+    auto packageOf = [](const std::string&) { return std::string(); };
 #endif
     std::string script = view(line.positional[0]);
-    if (line.command == "validate") {
-        return EngineRunner::Validate(script);
-    }
-    if (line.command == "models") {
-        return EngineRunner::Models(script);
-    }
-    if (line.command == "model") {
-        return EngineRunner::Model(script, line.positional[1]);
-    }
     RunRequest request;
     request.uninstall = line.command == "uninstall";
     request.script = script;
@@ -116,6 +116,26 @@ int main(int argc, char** argv) {
         request.workdir = view(*line.workdir);
     } else if (std::string package = PackageFolderOf(line.positional[0]); !package.empty()) {
         request.workdir = view(package);
+    } else if (std::string folder = packageOf(script); !folder.empty()) {
+        request.workdir = folder;
+    }
+#ifndef _WIN32
+    if (!unreachable.empty()) {
+        std::fprintf(stderr,
+                     "installcli: %s lies outside every drive of the machine (its [Drives] confine "
+                     "Z: to another folder)\n",
+                     unreachable.c_str());
+        return 2;
+    }
+#endif
+    if (line.command == "validate") {
+        return EngineRunner::Validate(script);
+    }
+    if (line.command == "models") {
+        return EngineRunner::Models(script);
+    }
+    if (line.command == "model") {
+        return EngineRunner::Model(script, line.positional[1]);
     }
     int code = EngineRunner::Run(request);
 #ifndef _WIN32
@@ -123,8 +143,11 @@ int main(int argc, char** argv) {
             request.outFile.empty()
                     ? MachineCommands::DefaultLogLocation(machine, request.workdir.value_or(""))
                     : request.outFile;
-    if (!log.empty()) {
+    // Only a log that is there is named.
+    if (!log.empty() && MachineCommands::Exists(machine, log)) {
         std::printf("Debug log: %s\n", log.c_str());
+    } else {
+        std::printf("No debug log was written.\n");
     }
 #endif
     return code;

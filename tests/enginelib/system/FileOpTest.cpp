@@ -58,6 +58,24 @@ protected:
     FileOpWin98Test() : FileOpTest("win98") {}
 };
 
+TEST_F(FileOpTest, PathsBeyondMaxPathFailWithTheCodeWindowsGives) {
+    std::string source = write("short.txt", "short");
+    std::string deep = path(std::string(100, 'a') + "\\" + std::string(100, 'b'));
+    std::string tooLong = deep + "\\" + std::string(100, 'c') + ".txt";
+    ASSERT_GT(tooLong.size(), 260u);
+    // The folders up to MAX_PATH less 12 are made, the rest refused; the copy fails with 206.
+    EXPECT_FALSE(FileOp::MakePath(tooLong, false));
+    EXPECT_TRUE(exists(deep));
+    EXPECT_FALSE(FileOp::Copy(source, tooLong, 0));
+    EXPECT_EQ(206u, FileOp::GetLastError());
+    EXPECT_TRUE(log.Contains("CopyFile failed-ErrCode:206"));
+    EXPECT_FALSE(exists(tooLong));
+    // What fits is copied.
+    EXPECT_TRUE(FileOp::MakePath(deep, false));
+    EXPECT_TRUE(FileOp::Copy(source, deep + "\\fits.txt", 0));
+    EXPECT_EQ("short", read(deep + "\\fits.txt"));
+}
+
 TEST_F(FileOpTest, VersionsAreTheFileVersionTextOfTheFirstTranslation) {
     EXPECT_EQ("5.1.2600.5512 (xpsp.080413-2111)",
               FileOp::GetFileVersion(versioned("a.dll", "5.1.2600.5512 (xpsp.080413-2111)")));

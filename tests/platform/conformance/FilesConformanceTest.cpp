@@ -156,4 +156,140 @@ TEST_F(FilesConformance, ShortNamesLeadToTheSameFile) {
     EXPECT_EQ(error::FileNotFound, GetShortPathName(path("absent.txt"), shortPath));
 }
 
+TEST_F(FilesConformance, ShortNamesOfOneStemStayWithTheirFiles) {
+    // Two long names of one stem whose upper and lower case sort apart: each short name leads to
+    // its own file, and giving the second its name does not change the first's.
+    ASSERT_TRUE(TestMachine::WriteFile(path("abcdefg one.txt"), "one"));
+    std::string first;
+    ASSERT_EQ(error::Success, GetShortPathName(path("abcdefg one.txt"), first));
+    ASSERT_TRUE(TestMachine::WriteFile(path("ABCDEFG Two.txt"), "two"));
+    std::string second;
+    ASSERT_EQ(error::Success, GetShortPathName(path("ABCDEFG Two.txt"), second));
+    std::string again;
+    ASSERT_EQ(error::Success, GetShortPathName(path("abcdefg one.txt"), again));
+    EXPECT_EQ(first, again);
+    EXPECT_NE(first, second);
+    EXPECT_EQ("one", TestMachine::ReadFile(first));
+    EXPECT_EQ("two", TestMachine::ReadFile(second));
+    std::string longPath;
+    ASSERT_EQ(error::Success, GetLongPathName(second, longPath));
+    EXPECT_EQ(path("ABCDEFG Two.txt"), longPath);
+    // The alternate name that a search gives is the same short name.
+    std::vector<FindData> found;
+    ASSERT_EQ(error::Success, FindFiles(path("*Two.txt"), found));
+    ASSERT_EQ(1u, found.size());
+    EXPECT_EQ(second.substr(second.rfind('\\') + 1), found[0].alternateFileName);
+    // An 8.3 name is its own short name.
+    ASSERT_TRUE(TestMachine::WriteFile(path("plain.txt"), "p"));
+    std::string plain;
+    ASSERT_EQ(error::Success, GetShortPathName(path("plain.txt"), plain));
+    EXPECT_EQ("plain.txt", plain.substr(plain.rfind('\\') + 1));
+}
+
+// Under Wine, run as root here, the read-only bit is the host's write permission, which root
+// does not heed, and a hidden or system file is written over like any other; those answers are
+// Windows' and checked on the simulated machine only (see docs/platform-seam.md).
+TEST_F(FilesConformance, HiddenAndReadOnlyFilesRefuseToBeWrittenOver) {
+    const bool windowsRules = machine.IsSimulated();
+    auto refused = [windowsRules](Error answer) {
+        return windowsRules ? answer == error::AccessDenied : true;
+    };
+    std::string source = machine.WriteScratch("source.txt", "new");
+    std::string hidden = machine.WriteScratch("hidden.txt", "old");
+    std::string readOnly = machine.WriteScratch("readonly.txt", "old");
+    std::string system = machine.WriteScratch("system.txt", "old");
+    ASSERT_EQ(error::Success, SetFileAttributes(hidden, attr::Hidden));
+    ASSERT_EQ(error::Success, SetFileAttributes(readOnly, attr::ReadOnly));
+    ASSERT_EQ(error::Success, SetFileAttributes(system, attr::System));
+    EXPECT_EQ(error::FileExists, CopyFile(source, hidden, true));
+    EXPECT_TRUE(refused(CopyFile(source, hidden, false)));
+    EXPECT_TRUE(refused(CopyFile(source, readOnly, false)));
+    EXPECT_TRUE(refused(CopyFile(source, system, false)));
+    if (windowsRules) {
+        EXPECT_EQ("old", TestMachine::ReadFile(hidden));
+        EXPECT_EQ("old", TestMachine::ReadFile(readOnly));
+    }
+    // A copy that is hidden itself may replace a hidden file.
+    std::string hiddenSource = machine.WriteScratch("hidden-source.txt", "hidden new");
+    ASSERT_EQ(error::Success, SetFileAttributes(hiddenSource, attr::Hidden));
+    EXPECT_EQ(error::Success, CopyFile(hiddenSource, hidden, false));
+    EXPECT_EQ("hidden new", TestMachine::ReadFile(hidden));
+    // Writing anew through the C runtime is refused too; appending is not.
+    std::FILE* stream = nullptr;
+    Error rewrite = fsopen(system, "wb", Share::DenyNone, stream);
+    if (stream != nullptr) {
+        std::fclose(stream);
+    }
+    EXPECT_TRUE(refused(rewrite));
+    ASSERT_EQ(error::Success, fsopen(system, "ab", Share::DenyNone, stream));
+    std::fclose(stream);
+    // A move may replace a system file but not a read-only one; a read-only file is not deleted.
+    EXPECT_TRUE(refused(MoveFileEx(source, readOnly, movefile::ReplaceExisting)));
+    std::string mover = machine.WriteScratch("mover.txt", "moved");
+    EXPECT_EQ(error::Success, MoveFileEx(mover, system, movefile::ReplaceExisting));
+    EXPECT_EQ("moved", TestMachine::ReadFile(system));
+    if (windowsRules) {
+        EXPECT_EQ(error::AccessDenied, DeleteFile(readOnly));
+    }
+    EXPECT_EQ(error::Success, DeleteFile(hidden));
+    SetFileAttributes(readOnly, attr::Normal);
+}
+
+TEST_F(FilesConformance, PathsLongerThanMaxPathAreRefused) {
+    std::string deep = machine.Scratch();
+    std::string name(60, 'd');
+    while (deep.size() + name.size() + 1 < 240) {
+        deep += "\\" + name.substr(0, std::min<size_t>(name.size(), 240 - deep.size() - 1));
+        ASSERT_EQ(error::Success, CreateDirectory(deep)) << deep;
+    }
+    std::string tooLong = deep + "\\" + std::string(300 - deep.size(), 'x');
+    std::uint32_t attributes = 0;
+    EXPECT_EQ(206u, GetFileAttributes(tooLong, attributes));
+    EXPECT_EQ(206u, CreateDirectory(tooLong));
+    // Wine opens, copies to and makes folders of long paths that Windows refuses in the A
+    // functions; those are checked on the simulated machine only.
+    if (machine.IsSimulated()) {
+        EXPECT_FALSE(TestMachine::WriteFile(tooLong, "x"));
+        EXPECT_EQ(206u, CopyFile(machine.WriteScratch("short.txt", "s"), tooLong, false));
+        // A folder must leave room for an 8.3 name: 248 characters are too many.
+        std::string folder = deep + "\\" + std::string(248 - deep.size() - 1, 'f');
+        ASSERT_EQ(248u, folder.size());
+        EXPECT_EQ(206u, CreateDirectory(folder));
+    }
+    // A file up to 259 characters is fine.
+    std::string longest = deep + "\\" + std::string(259 - deep.size() - 1, 'y');
+    ASSERT_EQ(259u, longest.size());
+    EXPECT_TRUE(TestMachine::WriteFile(longest, "fits"));
+    EXPECT_EQ("fits", TestMachine::ReadFile(longest));
+    EXPECT_EQ(error::Success, DeleteFile(longest));
+}
+
+TEST_F(FilesConformance, DeviceNamesAreNoFilesInAnyFolder) {
+    ASSERT_EQ(error::Success, CreateDirectory(path("dev")));
+    for (const char* name : {"nul", "NUL.txt", "nul.tar.gz"}) {
+        std::FILE* stream = nullptr;
+        ASSERT_EQ(error::Success, fsopen(path("dev\\") + name, "wb", Share::DenyNone, stream))
+                << name;
+        std::fputs("gone", stream);
+        std::fclose(stream);
+    }
+    for (const char* name : {"con", "AUX", "prn.log", "Com1", "lpt9.txt", "nul"}) {
+        // Wine answers CreateDirectory of some device names with success and makes nothing.
+        Error made = CreateDirectory(path("dev\\") + name);
+        if (machine.IsSimulated()) {
+            EXPECT_EQ(error::AccessDenied, made) << name;
+        }
+        EXPECT_NE(error::Success, DeleteFile(path("dev\\") + name)) << name;
+    }
+    std::string source = machine.WriteScratch("copied.txt", "data");
+    EXPECT_EQ(error::Success, CopyFile(source, path("dev\\nul"), false));
+    // Nothing of the above became a file or folder.
+    EXPECT_EQ((std::vector<std::string>{".", ".."}), names(path("dev\\*")));
+    // COM0 and LPT0, and names that only begin like a device, are ordinary names.
+    EXPECT_TRUE(TestMachine::WriteFile(path("dev\\com0.txt"), "x"));
+    EXPECT_TRUE(TestMachine::WriteFile(path("dev\\nullable.txt"), "x"));
+    EXPECT_EQ((std::vector<std::string>{".", "..", "com0.txt", "nullable.txt"}),
+              names(path("dev\\*")));
+}
+
 } // namespace

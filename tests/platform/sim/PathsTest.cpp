@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <set>
 #include <unistd.h>
 
 namespace {
@@ -77,8 +78,9 @@ TEST_F(PathMapperTest, ShortNamesAndTheHostDriveLeadToTheSameFiles) {
     EXPECT_TRUE(locate("C:\\PROGRA~1\\Maker\\setup.exe").exists);
     HostLocation viaZ = locate("Z:" + std::string(root) + "/c/Program Files/Maker/Setup.EXE");
     EXPECT_TRUE(viaZ.exists);
-    EXPECT_EQ("C:\\Program Files\\Maker", mapper.ToMachinePath(root + "/c/Program Files/Maker/"));
-    EXPECT_EQ("Z:\\usr\\bin", mapper.ToMachinePath("/usr/bin"));
+    EXPECT_EQ("C:\\Program Files\\Maker",
+              mapper.ToMachinePath(root + "/c/Program Files/Maker/").value_or(""));
+    EXPECT_EQ("Z:\\usr\\bin", mapper.ToMachinePath("/usr/bin").value_or(""));
     WindowsPath unknown;
     WindowsPath::Parse("Q:\\x", "", false, unknown);
     HostLocation location;
@@ -86,12 +88,25 @@ TEST_F(PathMapperTest, ShortNamesAndTheHostDriveLeadToTheSameFiles) {
 }
 
 TEST(ShortNames, GeneratedAsWindowsGeneratesThem) {
-    auto names = ShortNames::Of({"Program Files", "Program Data", "README.TXT", "a.b.c.d", "x"});
-    EXPECT_EQ("PROGRA~1", names[0].second);
-    EXPECT_EQ("PROGRA~2", names[1].second);
-    EXPECT_EQ("README.TXT", names[2].second);
-    EXPECT_EQ("ABC~1.D", names[3].second);
-    EXPECT_EQ("X", names[4].second);
+    std::set<std::string> taken;
+    auto give = [&taken](const std::string& name) {
+        std::string shortName = ShortNames::Generate(name, taken);
+        taken.insert(shortName);
+        return shortName;
+    };
+    EXPECT_EQ("PROGRA~1", give("Program Files"));
+    EXPECT_EQ("PROGRA~2", give("Program Data"));
+    EXPECT_EQ("ABC~1.D", give("a.b.c.d"));
+    EXPECT_EQ("A_BC~1.TXT", give("a+b c.txt"));
+    for (int i = 3; i < 10; ++i) {
+        give("Program Other " + std::to_string(i));
+    }
+    EXPECT_EQ("PROGR~10", give("Program Ten"));
+    EXPECT_TRUE(ShortNames::IsShortName("readme.txt"));
+    EXPECT_TRUE(ShortNames::IsShortName("SETUP.EXE"));
+    EXPECT_FALSE(ShortNames::IsShortName("a b.txt"));
+    EXPECT_FALSE(ShortNames::IsShortName("toolongname.txt"));
+    EXPECT_FALSE(ShortNames::IsShortName("x.html"));
 }
 
 TEST(CodePage, ConvertsSingleAndDoubleByteText) {
